@@ -1,0 +1,33 @@
+# How every target of the project is compiled and linked, in one interface target.
+add_library(ca_options INTERFACE)
+target_compile_features(ca_options INTERFACE cxx_std_20)
+target_compile_options(ca_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef -Werror)
+set_property(GLOBAL PROPERTY USE_FOLDERS ON)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+set(COLDANCHOR_SANITIZER "" CACHE STRING "Sanitizers for the whole build, such as address,undefined or thread")
+if(COLDANCHOR_SANITIZER)
+    target_compile_options(ca_options INTERFACE
+        -fsanitize=${COLDANCHOR_SANITIZER} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    target_link_options(ca_options INTERFACE -fsanitize=${COLDANCHOR_SANITIZER})
+else()
+    # glibc and mingw both want the protector beside _FORTIFY_SOURCE; it is off in unoptimised builds, where it would only warn.
+    target_compile_options(ca_options INTERFACE
+        -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+endif()
+
+if(WIN32)
+    target_compile_definitions(ca_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
+    target_link_options(ca_options INTERFACE -static)
+else()
+    target_compile_options(ca_options INTERFACE -fstack-clash-protection -fcf-protection)
+    target_link_options(ca_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+    include(CheckPIESupported)
+    check_pie_supported()
+endif()
