@@ -1,0 +1,223 @@
+// The part of the Windows API that the launcher calls, for hosts that are not Windows: base types, error numbers,
+// text, module and environment, files and processes. Names, values and results are the SDK's.
+//
+// A call that isn't declared here doesn't exist for the launcher, and using it fails to compile. A flag or an argument
+// that this layer can't honour is answered with an error (usually ERROR_INVALID_PARAMETER), never ignored.
+//
+// Every call may be made from any thread and blocks until it is done, unless it says otherwise. Failures are reported
+// as on Windows: by the result, with the number behind it in the calling thread's GetLastError.
+//
+// Where the layer differs from Windows on purpose:
+//  - wchar_t is the host's: 32 bits, one code point each, where Windows has 16 bits of UTF-16. Sizes in bytes are
+//    therefore sizeof(wchar_t) times the number of characters, never 2 times.
+//  - Paths are the host's, with "/" between folders, letters' case significant, no limit of 260 characters.
+//    They reach the system as UTF-8.
+//  - Names of environment variables are compared with their case.
+//  - Sharing modes are accepted and not enforced: no file is ever locked against another process.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+using BOOL = int;
+using BYTE = unsigned char;
+using UCHAR = unsigned char;
+using WORD = std::uint16_t;
+using INT = int;
+using UINT = unsigned int;
+using LONG = std::int32_t;
+using ULONG = std::uint32_t;
+using DWORD = std::uint32_t;
+using DWORD_PTR = std::uintptr_t;
+using CHAR = char;
+using WCHAR = wchar_t;
+
+using LPVOID = void*;
+using LPCVOID = const void*;
+using LPBYTE = BYTE*;
+using PUCHAR = UCHAR*;
+using LPDWORD = DWORD*;
+using LPCSTR = const char*;
+using LPWSTR = wchar_t*;
+using LPCWSTR = const wchar_t*;
+
+using HANDLE = void*;
+struct HINSTANCE__;
+using HINSTANCE = HINSTANCE__*;
+using HMODULE = HINSTANCE;
+struct HWND__;
+using HWND = HWND__*;
+
+inline constexpr BOOL FALSE = 0;
+inline constexpr BOOL TRUE = 1;
+inline constexpr DWORD MAX_PATH = 260;
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+
+// Error numbers (winerror.h).
+inline constexpr DWORD ERROR_SUCCESS = 0;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
+inline constexpr DWORD ERROR_TOO_MANY_OPEN_FILES = 4;
+inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
+inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
+inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
+inline constexpr DWORD ERROR_INVALID_DATA = 13;
+inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
+inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
+inline constexpr DWORD ERROR_GEN_FAILURE = 31;
+inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
+inline constexpr DWORD ERROR_FILE_EXISTS = 80;
+inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
+inline constexpr DWORD ERROR_DISK_FULL = 112;
+inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
+inline constexpr DWORD ERROR_INVALID_NAME = 123;
+inline constexpr DWORD ERROR_MOD_NOT_FOUND = 126;
+inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
+inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
+inline constexpr DWORD ERROR_ENVVAR_NOT_FOUND = 203;
+inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
+inline constexpr DWORD ERROR_FILE_TOO_LARGE = 223;
+inline constexpr DWORD ERROR_MORE_DATA = 234;
+inline constexpr DWORD ERROR_DIRECTORY = 267;
+inline constexpr DWORD ERROR_INVALID_FLAGS = 1004;
+inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
+inline constexpr DWORD ERROR_IO_DEVICE = 1117;
+inline constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
+
+// The calling thread's last error number. A call that succeeds leaves it alone unless it says otherwise.
+DWORD GetLastError();
+void SetLastError(DWORD error);
+
+// --- Text ---
+
+inline constexpr UINT CP_UTF8 = 65001;
+inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
+
+// UTF-8 to wide text. `byteCount` -1 means up to and including the terminating zero; a positive count is exact and adds
+// no zero. With `wideCount` 0 nothing is written and the result is the number of wide characters needed. With flags 0
+// every ill-formed sequence becomes one U+FFFD; with MB_ERR_INVALID_CHARS it fails with ERROR_NO_UNICODE_TRANSLATION.
+// Returns the number of wide characters, 0 on failure: ERROR_INVALID_PARAMETER (another code page, a count of 0 or
+// below -1, null pointers), ERROR_INVALID_FLAGS, ERROR_INSUFFICIENT_BUFFER (the buffer is then partly written).
+int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount, LPWSTR wide, int wideCount);
+
+// --- Module, process id, environment ---
+
+// Path of the running executable as it was at the first call, so that a launcher that is renamed or replaced while it
+// runs still knows where it came from. `module` must be null, else ERROR_MOD_NOT_FOUND. Returns the length without the
+// zero, and then the last error is ERROR_SUCCESS. A buffer too small gets the path cut and zero-terminated; the result
+// is then `size` and the last error ERROR_INSUFFICIENT_BUFFER. 0 on failure.
+DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size);
+
+DWORD GetCurrentProcessId();
+
+// Value of an environment variable. Returns its length without the zero if it fits into `size` characters, otherwise
+// the size needed with the zero and nothing is promised about the buffer; 0 with ERROR_ENVVAR_NOT_FOUND if there is
+// none. The value of an empty variable has length 0 too and leaves the last error alone. Must not run while another
+// thread changes the environment.
+DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
+
+// --- Files ---
+
+inline constexpr DWORD GENERIC_READ = 0x80000000U;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000U;
+inline constexpr DWORD FILE_SHARE_READ = 1;
+inline constexpr DWORD FILE_SHARE_WRITE = 2;
+inline constexpr DWORD FILE_SHARE_DELETE = 4;
+inline constexpr DWORD CREATE_NEW = 1;
+inline constexpr DWORD CREATE_ALWAYS = 2;
+inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
+inline constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x04000000U;
+inline constexpr DWORD FILE_FLAG_SEQUENTIAL_SCAN = 0x08000000U;
+
+struct SECURITY_ATTRIBUTES;
+using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
+struct OVERLAPPED;
+using LPOVERLAPPED = OVERLAPPED*;
+
+// Opens or makes a file; INVALID_HANDLE_VALUE on failure. `access` is any mix of the two GENERIC_ values with at least
+// one; `security` and `templateFile` must be null. A folder can't be opened (ERROR_ACCESS_DENIED). CREATE_NEW refuses
+// what exists with ERROR_FILE_EXISTS; CREATE_ALWAYS empties it, and the last error is then ERROR_ALREADY_EXISTS, else
+// ERROR_SUCCESS. A missing file is ERROR_FILE_NOT_FOUND, a missing folder above it ERROR_PATH_NOT_FOUND.
+//
+// A file made here may be executed, within the process's umask: on Windows a file needs no permission for that, and the
+// launcher installs programs. FILE_FLAG_DELETE_ON_CLOSE removes the name when the handle is closed, unless another file
+// has taken it; unlike on Windows a process that is killed leaves the file behind. The handle isn't inherited.
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                   DWORD flagsAndAttributes, HANDLE templateFile);
+
+// Reads up to `size` bytes at the file's position with one read(2): no buffer lies between. TRUE with `*read` 0 is the
+// end of the file. `overlapped` must be null.
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped);
+
+// Writes all `size` bytes at the file's position. On failure `*written` tells how many were. `overlapped` must be null.
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped);
+
+// Returns when everything written to the file has reached the disk.
+BOOL FlushFileBuffers(HANDLE file);
+
+// Ends a handle of CreateFileW or CreateProcessW. Null and INVALID_HANDLE_VALUE give ERROR_INVALID_HANDLE.
+BOOL CloseHandle(HANDLE handle);
+
+inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
+inline constexpr DWORD MOVEFILE_COPY_ALLOWED = 2;
+inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
+
+// Renames a file or folder within one file system, in one step: whoever looks sees the old name or the new one. Without
+// MOVEFILE_REPLACE_EXISTING an existing target refuses with ERROR_ALREADY_EXISTS; with it a file takes the place of a
+// file, and a folder on either side refuses with ERROR_ACCESS_DENIED. MOVEFILE_WRITE_THROUGH returns after both
+// folders have reached the disk. Another file system is ERROR_NOT_SAME_DEVICE: MOVEFILE_COPY_ALLOWED and all other
+// flags are refused with ERROR_INVALID_PARAMETER.
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
+
+// --- Processes ---
+
+inline constexpr DWORD CREATE_NO_WINDOW = 0x08000000U;
+
+struct STARTUPINFOW {
+    DWORD cb;
+    LPWSTR lpReserved;
+    LPWSTR lpDesktop;
+    LPWSTR lpTitle;
+    DWORD dwX;
+    DWORD dwY;
+    DWORD dwXSize;
+    DWORD dwYSize;
+    DWORD dwXCountChars;
+    DWORD dwYCountChars;
+    DWORD dwFillAttribute;
+    DWORD dwFlags;
+    WORD wShowWindow;
+    WORD cbReserved2;
+    LPBYTE lpReserved2;
+    HANDLE hStdInput;
+    HANDLE hStdOutput;
+    HANDLE hStdError;
+};
+using LPSTARTUPINFOW = STARTUPINFOW*;
+
+struct PROCESS_INFORMATION {
+    HANDLE hProcess;
+    HANDLE hThread;
+    DWORD dwProcessId;
+    DWORD dwThreadId;
+};
+using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
+
+// Starts a program in a session of its own, so that it outlives the launcher, whatever ends that. It inherits the
+// environment and the three standard streams, and no other open file. `application` is required and is the file that is
+// run; `commandLine` (null: the application's name) is split into arguments by the rules of the C runtime on Windows,
+// the first being the program's name. `folder` null is the caller's own folder, else one that doesn't exist is
+// ERROR_DIRECTORY. Both security attributes and `environment` must be null, `inherit` FALSE, `flags` 0 or
+// CREATE_NO_WINDOW (which changes nothing, since no program gets a console window here), `startup` zeroed except for
+// its size.
+//
+// On success the caller closes both handles of `process`. The layer waits for the ended program itself, so none is left
+// as a zombie in a launcher that lives on. Failures: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_ACCESS_DENIED
+// (no permission to execute it), ERROR_BAD_EXE_FORMAT (executable by its permissions, but no program).
+BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUTES processSecurity,
+                    LPSECURITY_ATTRIBUTES threadSecurity, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder,
+                    LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process);
