@@ -1,0 +1,34 @@
+// Where things lie in an installation. There is one root, the folder of the running executable, and every file has a
+// fixed place below it; nothing here is configurable.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace ca::install {
+
+inline constexpr std::string_view launcherFileName = "ColdAnchorLauncher.exe";
+inline constexpr std::string_view helperFileName = "ColdAnchorUpdateHelper.exe";
+inline constexpr std::string_view gameFileName = "ColdAnchor.exe";
+inline constexpr std::string_view workFolderName = ".coldanchor-update";
+
+// The folder of the running executable, whatever the working directory is. Falls back to the working directory when the
+// system can't name the executable or the name has 32,768 characters or more. Any thread.
+std::filesystem::path executableDir();
+
+// Texts in this program are UTF-8, paths are the system's own kind. Any thread.
+// `pathFromUtf8` raises std::system_error for a text that isn't UTF-8 where the system's paths are wide.
+std::filesystem::path pathFromUtf8(std::string_view text);
+std::string utf8FromPath(const std::filesystem::path& path);
+
+// Whether something stands there, of any kind. A path whose status can't be read counts as absent. Asks the disk.
+bool pathExists(const std::filesystem::path& path);
+
+// Each takes the installation folder and touches no disk. Any thread.
+std::filesystem::path iconFile(const std::filesystem::path& installDir);
+std::filesystem::path versionMarkerFile(const std::filesystem::path& installDir);
+std::filesystem::path updateServerFile(const std::filesystem::path& installDir);
+std::filesystem::path publicKeyFile(const std::filesystem::path& installDir);
+
+} // namespace ca::install

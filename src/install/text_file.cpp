@@ -1,0 +1,52 @@
+#include "install/text_file.h"
+
+#include "install/file_handle.h"
+
+#include <array>
+
+namespace ca::install {
+
+namespace fs = std::filesystem;
+
+std::string readTextFile(const fs::path& path) {
+    std::string text;
+    const FileHandle file = FileHandle::openForReading(path);
+    if (!file)
+        return text;
+    std::array<char, 4096> buffer;
+    DWORD count = 0;
+    while (::ReadFile(file.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) && count != 0)
+        text.append(buffer.data(), count);
+    return text;
+}
+
+std::string_view trimText(std::string_view text) {
+    constexpr std::string_view whitespace = " \t\n\v\f\r";
+    const std::size_t first = text.find_first_not_of(whitespace);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(whitespace) - first + 1);
+}
+
+namespace {
+
+bool writeFlushed(const fs::path& path, std::string_view text) {
+    const FileHandle file = FileHandle::createForWriting(path);
+    return file && file.write(text.data(), static_cast<DWORD>(text.size())) && ::FlushFileBuffers(file.get());
+}
+
+} // namespace
+
+bool writeTextFile(const fs::path& path, std::string_view text) {
+    std::error_code ignored; // a folder that can't be made shows when the file is opened
+    fs::create_directories(path.parent_path(), ignored);
+    fs::path fresh = path;
+    fresh += ".new";
+    if (writeFlushed(fresh, text) && ::MoveFileExW(fresh.wstring().c_str(), path.wstring().c_str(),
+                                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return true;
+    fs::remove(fresh, ignored);
+    return false;
+}
+
+} // namespace ca::install

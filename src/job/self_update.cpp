@@ -1,0 +1,17 @@
+#include "job/self_update.h"
+
+#include "install/start_process.h"
+
+#include <windows.h>
+
+namespace ca::job {
+
+bool startUpdateHelper(const std::filesystem::path& helper, const std::filesystem::path& stagedLauncher,
+                       const std::filesystem::path& target) {
+    const std::wstring arguments = L" --wait-pid " + std::to_wstring(::GetCurrentProcessId()) + L" --replace \"" +
+                                   stagedLauncher.wstring() + L"\" --target \"" + target.wstring() +
+                                   L"\" --relaunch \"" + target.wstring() + L"\"";
+    return install::startProcess(helper, arguments, CREATE_NO_WINDOW);
+}
+
+} // namespace ca::job

@@ -1,0 +1,57 @@
+// The one record that the main thread and the update job have in common, and the start of a job.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace ca::job {
+
+enum class JobState : std::int32_t {
+    Starting = 0,
+    Checking = 1,           // the manifest is fetched and the installation compared
+    Updating = 2,           // Updater::apply is at work
+    Ready = 3,              // the job ended and the game can be played
+    ServiceUnavailable = 4, // the check failed; the installed game is left alone
+    Failed = 5,             // an update, or the start of the game, failed
+    HandingOver = 6,        // another process takes over
+};
+
+// Everything that the screen shows and a click depends on. A copy belongs to whoever took it.
+struct SharedSnapshot {
+    JobState jobState = JobState::Starting;
+    std::string statusText = "STARTING..."; // headline of the status panel
+    std::string detailText;                 // the line below: versions, a file count, a failure token or a path
+    std::string latestVersion;              // of the last manifest that passed the check; empty until then
+    // The release notes of that manifest; null until then. The text never changes once it is published, and copies
+    // share it, so that a frame costs the same however long the notes are.
+    std::shared_ptr<const std::string> patchNotes;
+    std::uint64_t progressDone = 0;  // bytes
+    std::uint64_t progressTotal = 0; // bytes; 0 shows no progress bar
+    bool updateAvailable = false;    // the last check found something to install
+    bool updateRequired = false;     // the channel demands an update before play
+    bool busy = false;               // a job is running; the guard against a second one
+    bool exitRequested = false;      // another process takes over; never cleared
+};
+
+// Every access to `state` holds the mutex, and holds it for copying and assigning alone: never across a network
+// request, a file access, the start of a process or a call into the update engine.
+struct Shared {
+    std::mutex mutex;
+    SharedSnapshot state;
+};
+
+// A copy of the whole record. Any thread.
+SharedSnapshot snapshotShared(Shared& shared);
+
+// Starts the update job on a detached thread of its own; a call while `busy` is dropped. `shared` must stay valid until
+// the process ends, since the job is neither told nor awaited when the window closes. `repair` changes two headlines
+// and nothing else; `elevated` says that this process came through the elevation prompt. The outcome is what the job
+// writes into `shared`; a thread that can't be started reads "UPDATE FAILED - TRY AGAIN" and "job_thread_failed". Any
+// thread.
+void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir, const std::string& channel, bool repair,
+                    bool elevated);
+
+} // namespace ca::job

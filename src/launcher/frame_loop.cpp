@@ -1,0 +1,83 @@
+#include "launcher/frame_loop.h"
+
+#include "install/paths.h"
+#include "launcher/game.h"
+#include "launcher/layout.h"
+#include "launcher/screen.h"
+
+namespace ca::launcher {
+
+namespace {
+
+// The one thing that the main thread itself writes into the record, apart from the start of a job.
+void reportMissingGame(job::Shared& shared, const std::filesystem::path& exePath) {
+    std::string path = install::utf8FromPath(exePath);
+    const std::lock_guard lock(shared.mutex);
+    shared.state.jobState = job::JobState::Failed;
+    shared.state.statusText = "GAME EXECUTABLE MISSING";
+    shared.state.detailText = std::move(path);
+}
+
+// True when the game has been started and the launcher's work is done.
+bool play(const LauncherState& launcher) {
+    const std::filesystem::path exePath = launcher.installDir / gameExecutableName();
+    if (install::pathExists(exePath) && startGame(exePath))
+        return true;
+    reportMissingGame(*launcher.shared, exePath);
+    return false;
+}
+
+void beginJob(const LauncherState& launcher, bool repair) {
+    job::beginUpdateJob(*launcher.shared, launcher.installDir, launcher.channel, repair, launcher.elevatedUpdate);
+}
+
+// Both handlers decide on a fresh snapshot, not on the one that was drawn. True when the game has been started.
+bool handleClick(const LauncherState& launcher, float x, float y) {
+    const job::SharedSnapshot snapshot = snapshotShared(*launcher.shared);
+    if (snapshot.busy)
+        return false;
+    if (contains(mainButton, x, y) && !snapshot.updateRequired)
+        return play(launcher);
+    if (contains(repairButton, x, y))
+        beginJob(launcher, true);
+    else if (contains(refreshButton, x, y))
+        beginJob(launcher, false);
+    return false;
+}
+
+bool handleEnter(const LauncherState& launcher) {
+    const job::SharedSnapshot snapshot = snapshotShared(*launcher.shared);
+    return !snapshot.busy && !snapshot.updateRequired && play(launcher);
+}
+
+// Handles every waiting event; one behind a quit event still counts. False when the launcher is to end.
+bool drainEvents(const LauncherState& launcher) {
+    bool running = true;
+    bool played = false; // a second click or key press in the same frame doesn't start a second game
+    SDL_Event event{};
+    while (SDL_PollEvent(&event)) {
+        if (event.type == SDL_EVENT_QUIT)
+            running = false;
+        else if (played)
+            continue;
+        else if (event.type == SDL_EVENT_MOUSE_BUTTON_DOWN && event.button.button == SDL_BUTTON_LEFT)
+            played = handleClick(launcher, event.button.x, event.button.y);
+        else if (event.type == SDL_EVENT_KEY_DOWN && event.key.scancode == SDL_SCANCODE_RETURN)
+            played = handleEnter(launcher);
+    }
+    return running && !played;
+}
+
+} // namespace
+
+void runFrameLoop(LauncherState& launcher) {
+    for (bool running = true; running;) {
+        running = drainEvents(launcher);
+        const job::SharedSnapshot snapshot = snapshotShared(*launcher.shared);
+        if (snapshot.exitRequested)
+            running = false;
+        drawScreen(launcher.renderer, launcher.installDir, snapshot, launcher.localPatchNotes);
+    }
+}
+
+} // namespace ca::launcher

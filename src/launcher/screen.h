@@ -1,0 +1,26 @@
+// The one screen, drawn from scratch on every frame out of filled rectangles and SDL's debug font.
+#pragma once
+
+#include "job/shared.h"
+
+#include <SDL3/SDL.h>
+#include <filesystem>
+#include <string>
+
+namespace ca::launcher {
+
+// This program's version, shown in the footer.
+inline constexpr const char* launcherVersion = "1.2.1";
+
+// Draws and presents a frame. What it shows depends on the arguments and on the version marker, which is read anew;
+// nothing is kept between frames, and a drawing call that fails is ignored. Main thread; blocks for the display's
+// refresh.
+void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir, const job::SharedSnapshot& snapshot,
+                const std::string& localPatchNotes);
+
+// Draws `text` with its top left corner at window pixels x, y whatever the scale; a character takes 8 times `scale`
+// pixels.
+void drawText(SDL_Renderer* renderer, float x, float y, const char* text, float scale, Uint8 red, Uint8 green,
+              Uint8 blue);
+
+} // namespace ca::launcher

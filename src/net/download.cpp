@@ -1,0 +1,84 @@
+#include "net/download.h"
+
+#include "install/file_handle.h"
+#include "net/http_client.h"
+
+#include <array>
+#include <vector>
+
+namespace ca::net {
+
+namespace {
+
+// Calls `sink` with each chunk as it arrives. The size of a chunk is the system's choice.
+template <typename Sink>
+bool readBody(const OpenRequest& open, std::string& error, Sink sink) {
+    std::vector<char> chunk;
+    for (;;) {
+        DWORD available = 0;
+        if (!::WinHttpQueryDataAvailable(open.request.get(), &available))
+            break;
+        if (available == 0)
+            return true;
+        if (chunk.size() < available)
+            chunk.resize(available);
+        DWORD count = 0;
+        if (!::WinHttpReadData(open.request.get(), chunk.data(), available, &count))
+            break;
+        if (!sink(chunk.data(), count))
+            return false;
+    }
+    error = "winhttp_read_failed";
+    return false;
+}
+
+std::uint64_t announcedSize(const OpenRequest& open) {
+    std::array<wchar_t, 64> text{};
+    DWORD size = sizeof text;
+    if (!::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX,
+                               text.data(), &size, WINHTTP_NO_HEADER_INDEX))
+        return 0;
+    std::uint64_t number = 0;
+    for (const wchar_t* digit = text.data(); *digit >= L'0' && *digit <= L'9'; ++digit)
+        number = number * 10 + static_cast<std::uint64_t>(*digit - L'0');
+    return number;
+}
+
+} // namespace
+
+bool fetchText(std::string_view url, std::string& text, std::string& error) {
+    text.clear();
+    OpenRequest open;
+    return openRequest(url, open, error) && readBody(open, error, [&text](const char* data, DWORD count) {
+               text.append(data, count);
+               return true;
+           });
+}
+
+bool downloadToFile(std::string_view url, const std::filesystem::path& destination, const DownloadProgress& progress,
+                    std::string& error) {
+    std::error_code ignored; // a folder that can't be made shows when the file is opened
+    std::filesystem::create_directories(destination.parent_path(), ignored);
+    const install::FileHandle file = install::FileHandle::createForWriting(destination);
+    if (!file) {
+        error = "download_destination_unwritable";
+        return false;
+    }
+    OpenRequest open;
+    if (!openRequest(url, open, error))
+        return false;
+    const std::uint64_t announced = announcedSize(open);
+    std::uint64_t done = 0;
+    return readBody(open, error, [&](const char* data, DWORD count) {
+        if (!file.write(data, count)) {
+            error = "download_write_failed";
+            return false;
+        }
+        done += count;
+        if (progress)
+            progress(done, announced);
+        return true;
+    });
+}
+
+} // namespace ca::net

@@ -1,0 +1,77 @@
+#include "update/manifest_fields.h"
+
+#include <algorithm>
+
+namespace ca::update {
+
+namespace {
+
+// The text from the value of `key` on; empty when the key is absent.
+std::string_view findValue(std::string_view text, std::string_view key) {
+    std::string needle;
+    needle.reserve(key.size() + 2);
+    needle.append(1, '"').append(key).append(1, '"');
+    const std::size_t found = text.find(needle);
+    if (found == std::string_view::npos)
+        return {};
+    const std::size_t colon = text.find(':', found + needle.size());
+    if (colon == std::string_view::npos)
+        return {};
+    const std::size_t value = text.find_first_not_of(" \t\n\v\f\r", colon + 1);
+    return value == std::string_view::npos ? std::string_view{} : text.substr(value);
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+char unescape(char c) {
+    switch (c) {
+    case 'n':
+        return '\n';
+    case 'r':
+        return '\r';
+    case 't':
+        return '\t';
+    default:
+        return c;
+    }
+}
+
+} // namespace
+
+std::int64_t extractManifestInt(std::string_view text, std::string_view key, std::int64_t fallback) {
+    std::string_view value = findValue(text, key);
+    const bool negative = value.starts_with('-');
+    if (negative)
+        value.remove_prefix(1);
+    if (value.empty() || !isDigit(value.front()))
+        return fallback;
+    std::uint64_t number = 0; // unsigned, because its overflow is defined
+    for (; !value.empty() && isDigit(value.front()); value.remove_prefix(1))
+        number = number * 10 + static_cast<std::uint64_t>(value.front() - '0');
+    return static_cast<std::int64_t>(negative ? 0 - number : number);
+}
+
+bool extractManifestBool(std::string_view text, std::string_view key) {
+    return findValue(text, key).starts_with("true");
+}
+
+std::string extractManifestString(std::string_view text, std::string_view key) {
+    std::string_view value = findValue(text, key);
+    if (!value.starts_with('"'))
+        return {};
+    value.remove_prefix(1);
+    std::string result;
+    for (;;) {
+        const std::size_t plain = std::min(value.find_first_of("\"\\"), value.size());
+        result.append(value.substr(0, plain));
+        value.remove_prefix(plain);
+        if (value.size() < 2 || value.front() == '"')
+            return result;
+        result += unescape(value[1]);
+        value.remove_prefix(2);
+    }
+}
+
+} // namespace ca::update
