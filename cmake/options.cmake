@@ -17,13 +17,14 @@ if(COLDANCHOR_SANITIZER)
         -fsanitize=${COLDANCHOR_SANITIZER} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
     target_link_options(ca_options INTERFACE -fsanitize=${COLDANCHOR_SANITIZER})
 else()
-    # glibc and mingw both want the protector beside _FORTIFY_SOURCE; it is off in unoptimised builds, where it would only warn.
+    # mingw keeps both the stack protector and what _FORTIFY_SOURCE calls in libssp, which the option below links.
     target_compile_options(ca_options INTERFACE
         -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(ca_options INTERFACE -fstack-protector-strong)
 endif()
 
 if(WIN32)
-    target_compile_definitions(ca_options INTERFACE UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
+    target_compile_definitions(ca_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
     target_link_options(ca_options INTERFACE -static)
 else()
     target_compile_options(ca_options INTERFACE -fstack-clash-protection -fcf-protection)
