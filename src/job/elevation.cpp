@@ -1,5 +1,6 @@
 #include "job/elevation.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 #include <windows.h>
@@ -27,7 +28,7 @@ bool relaunchElevated() {
     const std::wstring parameters(option.begin(), option.end());
     const HINSTANCE result =
         ::ShellExecuteW(nullptr, L"runas", executable.data(), parameters.c_str(), nullptr, SW_SHOWNORMAL);
-    return reinterpret_cast<INT_PTR>(result) > 32; // the documented line between a start and an error number
+    return reinterpret_cast<std::intptr_t>(result) > 32; // the documented line between a start and an error number
 }
 
 } // namespace ca::job
