@@ -1,0 +1,60 @@
+#include "launcher/notes.h"
+
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <tuple>
+
+using namespace ca::launcher;
+using Rows = std::vector<std::string>;
+
+TEST(Notes, AreWrappedByWords) {
+    const std::string longWord(80, 'w');
+    const std::tuple<std::string, std::size_t, std::size_t, Rows> table[] = {
+        {"", 10, 3, {}},
+        {" \t\n \r\n", 10, 3, {}},
+        {"one two three", 7, 9, {"one two", "three"}},
+        {"one two three", 6, 9, {"one", "two", "three"}},
+        {"  a   b\t\tc  ", 74, 9, {"a b c"}},
+        {"a\r\n\r\n\nb", 74, 9, {"a", "b"}},
+        {"no line feed at the end", 74, 9, {"no line feed at the end"}},
+        {"caf\xc3\xa9s \x01\x7f~ \xff", 74, 9, {"cafs ~"}},
+        {"a " + longWord + " b", 74, 9, {"a", longWord, "b"}},
+        {"1\n2\n3\n4", 10, 3, {"1", "2", "3"}},
+        {"aa bb cc dd ee", 2, 3, {"aa", "bb", "cc"}},
+        {"ADDED \nadded", 74, 9, {"ADDED", "added"}}};
+    for (const auto& [text, width, maxLines, rows] : table)
+        EXPECT_EQ(wrapText(text, width, maxLines), rows) << text;
+}
+
+TEST(Notes, HeadingsAreWholeRows) {
+    for (const char* heading : {"LAUNCHER", "WEBSITE", "PACKAGING", "ADDED", "IMPROVED", "FIXED", "Cold Anchor v",
+                                "Cold Anchor v1.4.2 and more"})
+        EXPECT_TRUE(isNotesHeading(heading)) << heading;
+    for (const char* text : {"", "added", "ADDED:", "FIXED ", "Cold Anchor 1.4", "Cold Anchor", "cold anchor v1"})
+        EXPECT_FALSE(isNotesHeading(text)) << text;
+}
+
+TEST(Notes, ComeFromTheFirstFileThatSaysSomething) {
+    const ca::test::TemporaryFolder folder;
+    EXPECT_EQ(loadLocalPatchNotes(folder.path()),
+              "Cold Anchor 0.16.117\n- Current build ready.\n- No local patch notes file was found.");
+    ca::test::writeFile(folder / "PATCH_NOTES.txt", "third\n");
+    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "third");
+    ca::test::writeFile(folder / "PATCH_NOTES_v0.16.117.txt", "\nsecond\r\n");
+    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "second");
+    ca::test::writeFile(folder / "data/patch_notes.txt", " \n");
+    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "second");
+    ca::test::writeFile(folder / "data/patch_notes.txt", "first");
+    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "first");
+}
+
+TEST(Notes, OfTheChannelNeedEightyBytes) {
+    ca::job::SharedSnapshot snapshot;
+    const std::string local = "local";
+    EXPECT_EQ(chooseNotesText(snapshot, local), local);
+    snapshot.patchNotes = std::make_shared<const std::string>(79, 'x');
+    EXPECT_EQ(chooseNotesText(snapshot, local), local);
+    snapshot.patchNotes = std::make_shared<const std::string>(80, ' ');
+    EXPECT_EQ(chooseNotesText(snapshot, local).size(), 80u);
+}

@@ -1,0 +1,72 @@
+#include "install/paths.h"
+#include "install/text_file.h"
+#include "install/version_marker.h"
+#include "net/url.h"
+
+#include "temporary_folder.h"
+
+#include <array>
+#include <gtest/gtest.h>
+
+using namespace ca::install;
+using namespace std::string_literals;
+
+TEST(TextFile, IsTrimmedOfAsciiWhitespaceAlone) {
+    EXPECT_EQ(trimText(" \t\n\v\f\r1.2 3\r\n"), "1.2 3");
+    EXPECT_EQ(trimText(" \r\n"), "");
+    EXPECT_EQ(trimText(""), "");
+    EXPECT_EQ(trimText("\xef\xbb\xbf"
+                       "1\xc2\xa0"),
+              "\xef\xbb\xbf"
+              "1\xc2\xa0");
+}
+
+TEST(TextFile, IsReplacedWholeOrNotAtAll) {
+    const ca::test::TemporaryFolder folder;
+    const auto file = folder / "new" / "märker";
+    EXPECT_EQ(readTextFile(file), "");
+    ASSERT_TRUE(writeTextFile(file, "a long first text\r\n"));
+    ASSERT_TRUE(writeTextFile(file, "b\0\n"s));
+    EXPECT_EQ(readTextFile(file), "b\0\n"s);
+
+    EXPECT_FALSE(writeTextFile(folder / "new", "x")); // a folder stands there
+    EXPECT_FALSE(writeTextFile(file / "x", "x"));     // its parent is a file
+    EXPECT_EQ(readTextFile(folder.path()), "");       // a folder reads as nothing
+    EXPECT_EQ(readTextFile(file), "b\0\n"s);
+    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(folder.path()), {}), 2); // no leftovers
+}
+
+TEST(VersionMarker, HasABuiltInValue) {
+    const ca::test::TemporaryFolder folder;
+    EXPECT_EQ(readInstalledVersion(folder.path()), "0.16.117");
+    ca::test::writeFile(versionMarkerFile(folder.path()), " \r\n");
+    EXPECT_EQ(readInstalledVersion(folder.path()), "0.16.117");
+    ASSERT_TRUE(writeInstalledVersion(folder.path(), "1.2-rc"));
+    EXPECT_EQ(ca::test::readFile(versionMarkerFile(folder.path())), "1.2-rc\n");
+    EXPECT_EQ(readInstalledVersion(folder.path()), "1.2-rc");
+}
+
+TEST(Paths, ExecutableDirHoldsThisProgram) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    const ca::test::TemporaryFolder elsewhere;
+    std::filesystem::current_path(elsewhere.path());
+    const std::filesystem::path folder = executableDir();
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(pathExists(folder / "unit_test") || pathExists(folder / "unit_test.exe")) << folder;
+}
+
+TEST(Url, IsJoinedWithOneSlash) {
+    for (const auto& [base, relative, joined] :
+         std::initializer_list<std::array<const char*, 3>>{{"http://h", "a", "http://h/a"},
+                                                           {"http://h/", "a", "http://h/a"},
+                                                           {"http://h", "/a", "http://h/a"},
+                                                           {"http://h/", "/a", "http://h/a"},
+                                                           {"http://h//", "//a", "http://h///a"},
+                                                           {"http://h", "https://x/y", "https://x/y"},
+                                                           {"http://h", "http://x", "http://x"},
+                                                           {"http://h", "HTTP://x", "http://h/HTTP://x"},
+                                                           {"", "a", "a"},
+                                                           {"http://h", "", "http://h"},
+                                                           {"", "", ""}})
+        EXPECT_EQ(ca::net::joinUrl(base, relative), joined);
+}
