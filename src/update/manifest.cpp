@@ -40,14 +40,6 @@ std::string_view filesArray(std::string_view text) {
     return bracket == std::string_view::npos ? std::string_view{} : text.substr(bracket + 1);
 }
 
-// Where the string that begins at `quote` ends: the place of its closing quote, or the text's length.
-std::size_t endOfString(std::string_view text, std::size_t quote) {
-    std::size_t at = quote + 1;
-    while ((at = std::min(text.find_first_of("\"\\", at), text.size())) < text.size() && text[at] == '\\')
-        at += 2;
-    return std::min(at, text.size());
-}
-
 // The texts of the array's objects. An object inside another stays in the outer one's text, and one that is never
 // closed gives nothing.
 std::vector<std::string_view> cutObjects(std::string_view array) {
@@ -57,7 +49,7 @@ std::vector<std::string_view> cutObjects(std::string_view array) {
     for (std::size_t at = 0; at < array.size(); ++at) {
         switch (array[at]) {
         case '"':
-            at = endOfString(array, at);
+            at = endOfManifestString(array, at);
             break;
         case '{':
             if (depth == 0)

@@ -2,6 +2,7 @@
 // value begins behind the first colon after the key and any whitespace. Pure; any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,5 +19,9 @@ bool extractManifestBool(std::string_view text, std::string_view key);
 // The content of a quoted value, or empty. A backslash makes n, r and t a control character and any other byte itself;
 // there are no Unicode escapes. A value that is never closed runs to the end of the text.
 std::string extractManifestString(std::string_view text, std::string_view key);
+
+// Where the string that begins at `quote` ends: the place of its closing quote, or the text's length. A quote with an
+// odd number of backslashes in front of it doesn't close.
+std::size_t endOfManifestString(std::string_view text, std::size_t quote);
 
 } // namespace ca::update

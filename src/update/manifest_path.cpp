@@ -2,6 +2,7 @@
 
 #include "install/paths.h"
 
+#include <algorithm>
 #include <windows.h>
 
 namespace ca::update {
@@ -33,13 +34,10 @@ bool hasDotComponent(std::string_view generic) {
 } // namespace
 
 std::string genericManifestPath(std::string_view path) {
-    std::string generic;
-    generic.reserve(path.size());
-    for (const char c : path)
-        if (!isSeparator(c))
-            generic += c;
-        else if (!generic.ends_with('/'))
-            generic += '/';
+    std::string generic(path);
+    std::replace(generic.begin(), generic.end(), '\\', '/');
+    const auto end = std::unique(generic.begin(), generic.end(), [](char a, char b) { return a == '/' && b == '/'; });
+    generic.erase(end, generic.end());
     return generic;
 }
 
