@@ -1,0 +1,94 @@
+#include "host.h"
+
+#include <cstring>
+#include <string_view>
+#include <vector>
+#include <wincrypt.h>
+
+namespace {
+
+constexpr int noDigit = -1;
+
+int digitOf(char character) {
+    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::size_t place = digits.find(character);
+    return place == std::string_view::npos ? noDigit : static_cast<int>(place);
+}
+
+// What lies between the marker lines; false without both of them.
+bool findBody(std::string_view text, std::string_view& body) {
+    constexpr std::string_view begin = "-----BEGIN ";
+    constexpr std::string_view end = "-----END ";
+    constexpr std::string_view dashes = "-----";
+    const std::size_t label = text.find(begin);
+    if (label == std::string_view::npos) {
+        return false;
+    }
+    const std::size_t close = text.find(dashes, label + begin.size());
+    if (close == std::string_view::npos) {
+        return false;
+    }
+    const std::size_t first = close + dashes.size();
+    const std::size_t last = text.find(end, first);
+    if (last == std::string_view::npos) {
+        return false;
+    }
+    body = text.substr(first, last - first);
+    return true;
+}
+
+// As lenient as Windows: the padding may be missing, what is behind it doesn't count, and digits left over at the end
+// make a byte of the bits they have.
+bool decode(std::string_view body, std::vector<BYTE>& bytes) {
+    unsigned bits = 0;
+    int bitCount = 0;
+    for (const char character : body) {
+        if (character == '=') {
+            break;
+        }
+        if (std::strchr(" \t\r\n", character) != nullptr && character != '\0') {
+            continue;
+        }
+        const int digit = digitOf(character);
+        if (digit == noDigit) {
+            return false;
+        }
+        bits = (bits << 6U) | static_cast<unsigned>(digit);
+        bitCount += 6;
+        if (bitCount >= 8) {
+            bitCount -= 8;
+            bytes.push_back(static_cast<BYTE>(bits >> static_cast<unsigned>(bitCount)));
+        }
+    }
+    if (bitCount == 6) {
+        bytes.push_back(static_cast<BYTE>(bits << 2U));
+    }
+    return !bytes.empty();
+}
+
+} // namespace
+
+BOOL CryptStringToBinaryA(LPCSTR text, DWORD length, DWORD format, BYTE* binary, DWORD* size, DWORD* skip,
+                          DWORD* usedFormat) {
+    using ca::win32::fail;
+    if (text == nullptr || format != CRYPT_STRING_BASE64HEADER || size == nullptr || skip != nullptr ||
+        usedFormat != nullptr) {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    std::string_view body;
+    std::vector<BYTE> bytes;
+    if (!findBody(length == 0 ? std::string_view(text) : std::string_view(text, length), body) ||
+        !decode(body, bytes)) {
+        return fail(ERROR_INVALID_DATA);
+    }
+    const auto needed = static_cast<DWORD>(bytes.size());
+    if (binary != nullptr) {
+        if (*size < needed) {
+            *size = needed;
+            return fail(ERROR_MORE_DATA);
+        }
+        std::memcpy(binary, bytes.data(), bytes.size());
+    }
+    *size = needed;
+    return TRUE;
+}

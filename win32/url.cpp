@@ -1,0 +1,140 @@
+#include "host.h"
+
+#include <algorithm>
+#include <string_view>
+#include <winhttp.h>
+
+namespace {
+
+using ca::win32::fail;
+
+constexpr INTERNET_PORT httpPort = 80;
+constexpr INTERNET_PORT httpsPort = 443;
+
+struct Parts {
+    std::wstring_view scheme;
+    std::wstring_view user;
+    std::wstring_view password;
+    std::wstring_view host;
+    std::wstring_view path;
+    std::wstring_view extra;
+    INTERNET_SCHEME number = 0;
+    INTERNET_PORT port = 0;
+};
+
+bool equalsIgnoringCase(std::wstring_view text, std::wstring_view lower) {
+    return std::equal(text.begin(), text.end(), lower.begin(), lower.end(), [](wchar_t a, wchar_t b) {
+        return (a >= L'A' && a <= L'Z' ? static_cast<wchar_t>(a - L'A' + L'a') : a) == b;
+    });
+}
+
+// What stands before `end` of `text`, which then begins with `end` or is empty.
+std::wstring_view takeUpTo(std::wstring_view& text, std::wstring_view ends) {
+    const std::wstring_view taken = text.substr(0, text.find_first_of(ends));
+    text.remove_prefix(taken.size());
+    return taken;
+}
+
+// "" and ":" leave the scheme's own port; anything but a number up to 65535 is refused.
+bool readPort(std::wstring_view text, INTERNET_PORT& port) {
+    if (text.size() <= 1) {
+        return text.empty() || text == L":";
+    }
+    unsigned value = 0;
+    for (const wchar_t character : text.substr(1)) {
+        if (character < L'0' || character > L'9') {
+            return false;
+        }
+        value = value * 10 + static_cast<unsigned>(character - L'0');
+        if (value > 0xFFFF) {
+            return false;
+        }
+    }
+    port = static_cast<INTERNET_PORT>(value);
+    return text.front() == L':';
+}
+
+bool readAuthority(std::wstring_view authority, Parts& parts) {
+    const std::size_t at = authority.find(L'@');
+    if (at != std::wstring_view::npos) {
+        std::wstring_view user = authority.substr(0, at);
+        parts.user = takeUpTo(user, L":");
+        parts.password = user.empty() ? user : user.substr(1);
+        authority.remove_prefix(at + 1);
+    }
+    std::size_t hostEnd = authority.find(L':');
+    if (authority.starts_with(L'[')) {
+        const std::size_t bracket = authority.find(L']');
+        if (bracket == std::wstring_view::npos || bracket == 1) {
+            return false;
+        }
+        hostEnd = bracket + 1;
+    }
+    parts.host = authority.substr(0, hostEnd);
+    authority.remove_prefix(parts.host.size());
+    return !parts.host.empty() && readPort(authority, parts.port);
+}
+
+DWORD crack(std::wstring_view url, Parts& parts) {
+    const std::size_t colon = url.find(L':');
+    parts.scheme = url.substr(0, colon);
+    if (colon == std::wstring_view::npos) {
+        return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
+    }
+    if (equalsIgnoringCase(parts.scheme, L"http")) {
+        parts.number = INTERNET_SCHEME_HTTP;
+        parts.port = httpPort;
+    } else if (equalsIgnoringCase(parts.scheme, L"https")) {
+        parts.number = INTERNET_SCHEME_HTTPS;
+        parts.port = httpsPort;
+    } else {
+        return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
+    }
+    url.remove_prefix(colon + 1);
+    if (!url.starts_with(L"//")) {
+        return ERROR_WINHTTP_INVALID_URL;
+    }
+    url.remove_prefix(2);
+    if (!readAuthority(takeUpTo(url, L"/?#"), parts)) {
+        return ERROR_WINHTTP_INVALID_URL;
+    }
+    parts.path = takeUpTo(url, L"?#");
+    parts.extra = url;
+    return ERROR_SUCCESS;
+}
+
+void give(std::wstring_view part, LPWSTR& pointer, DWORD& length) {
+    if (length != 0) {
+        pointer = const_cast<LPWSTR>(part.data()); // as the SDK types a pointer into the caller's own text
+        length = static_cast<DWORD>(part.size());
+    }
+}
+
+} // namespace
+
+BOOL WinHttpCrackUrl(LPCWSTR url, DWORD length, DWORD flags, LPURL_COMPONENTS parts) {
+    if (url == nullptr || parts == nullptr || parts->dwStructSize != sizeof(*parts) || flags != 0 ||
+        parts->lpszScheme != nullptr || parts->lpszHostName != nullptr || parts->lpszUserName != nullptr ||
+        parts->lpszPassword != nullptr || parts->lpszUrlPath != nullptr || parts->lpszExtraInfo != nullptr) {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    Parts found;
+    const std::wstring_view text = length == 0 ? std::wstring_view(url) : std::wstring_view(url, length);
+    const DWORD error = crack(text, found);
+    if (error != ERROR_SUCCESS) {
+        return fail(error);
+    }
+    if (parts->dwExtraInfoLength == 0) {
+        // Nobody asked for the query alone, so it stays with the path.
+        found.path = text.substr(text.size() - found.path.size() - found.extra.size());
+    }
+    give(found.scheme, parts->lpszScheme, parts->dwSchemeLength);
+    give(found.user, parts->lpszUserName, parts->dwUserNameLength);
+    give(found.password, parts->lpszPassword, parts->dwPasswordLength);
+    give(found.host, parts->lpszHostName, parts->dwHostNameLength);
+    give(found.path, parts->lpszUrlPath, parts->dwUrlPathLength);
+    give(found.extra, parts->lpszExtraInfo, parts->dwExtraInfoLength);
+    parts->nScheme = found.number;
+    parts->nPort = found.port;
+    return TRUE;
+}
