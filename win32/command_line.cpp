@@ -1,0 +1,74 @@
+#include "command_line.h"
+
+#include <algorithm>
+
+namespace ca::win32 {
+
+namespace {
+
+bool isBlank(char character) {
+    return character == ' ' || character == '\t';
+}
+
+std::string takeProgram(std::string_view& line) {
+    std::string program;
+    bool quoted = false;
+    while (!line.empty() && (quoted || !isBlank(line.front()))) {
+        if (line.front() == '"') {
+            quoted = !quoted;
+        } else {
+            program += line.front();
+        }
+        line.remove_prefix(1);
+    }
+    return program;
+}
+
+std::string takeArgument(std::string_view& line) {
+    std::string argument;
+    bool quoted = false;
+    while (!line.empty() && (quoted || !isBlank(line.front()))) {
+        const std::size_t slashes = std::min(line.find_first_not_of('\\'), line.size());
+        const bool beforeQuote = slashes < line.size() && line[slashes] == '"';
+        argument.append(beforeQuote ? slashes / 2 : slashes, '\\');
+        line.remove_prefix(slashes);
+        if (!beforeQuote) {
+            if (slashes == 0) {
+                argument += line.front();
+                line.remove_prefix(1);
+            }
+            continue;
+        }
+        line.remove_prefix(1);
+        if (slashes % 2 != 0) {
+            argument += '"';
+        } else if (quoted && line.starts_with('"')) {
+            argument += '"';
+            line.remove_prefix(1);
+        } else {
+            quoted = !quoted;
+        }
+    }
+    return argument;
+}
+
+void skipBlanks(std::string_view& line) {
+    while (!line.empty() && isBlank(line.front())) {
+        line.remove_prefix(1);
+    }
+}
+
+} // namespace
+
+std::vector<std::string> splitCommandLine(std::string_view line, bool programFirst) {
+    std::vector<std::string> arguments;
+    if (programFirst) {
+        arguments.push_back(takeProgram(line));
+    }
+    for (skipBlanks(line); !line.empty(); skipBlanks(line)) {
+        arguments.push_back(takeArgument(line));
+    }
+    return arguments;
+}
+
+} // namespace ca::win32
