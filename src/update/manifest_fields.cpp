@@ -6,15 +6,20 @@ namespace ca::update {
 
 namespace {
 
+// Where the text goes on behind the first `key` in quotes. Comparing one byte more before the whole key spares most of
+// the comparisons, since quotes are many.
+std::size_t endOfKey(std::string_view text, std::string_view key) {
+    for (std::size_t at = text.find('"'); at != std::string_view::npos; at = text.find('"', at + 1)) {
+        const std::string_view rest = text.substr(at + 1);
+        if (rest.starts_with(key.front()) && rest.starts_with(key) && rest.substr(key.size()).starts_with('"'))
+            return at + key.size() + 2;
+    }
+    return std::string_view::npos;
+}
+
 // The text from the value of `key` on; empty when the key is absent.
 std::string_view findValue(std::string_view text, std::string_view key) {
-    std::string needle;
-    needle.reserve(key.size() + 2);
-    needle.append(1, '"').append(key).append(1, '"');
-    const std::size_t found = text.find(needle);
-    if (found == std::string_view::npos)
-        return {};
-    const std::size_t colon = text.find(':', found + needle.size());
+    const std::size_t colon = text.find(':', endOfKey(text, key));
     if (colon == std::string_view::npos)
         return {};
     const std::size_t value = text.find_first_not_of(" \t\n\v\f\r", colon + 1);

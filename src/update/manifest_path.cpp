@@ -16,8 +16,9 @@ bool isSeparator(char c) {
 }
 
 bool isUtf8(std::string_view text) {
-    return ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), static_cast<int>(text.size()), nullptr,
-                                 0) != 0;
+    const bool ascii = std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; });
+    return ascii || ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), static_cast<int>(text.size()),
+                                          nullptr, 0) != 0;
 }
 
 bool hasDotComponent(std::string_view generic) {
