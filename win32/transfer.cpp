@@ -16,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr long socketBufferSize = 256L * 1024; // what libcurl reads at once
+constexpr long socketBufferSize = 128L * 1024; // what libcurl reads at once
 constexpr std::size_t bodyBufferSize =
     512UL * 1024; // libcurl hands over up to 16 KiB at once and is paused when it is full
 constexpr std::size_t decodedBufferSize = 64UL * 1024;  // a few times a CPU cache's first level
