@@ -1,0 +1,27 @@
+// What the helper is told, and whether it may do that.
+#pragma once
+
+#include "helper/exit_status.h"
+
+#include <string>
+#include <windows.h>
+
+namespace ca::helper {
+
+// The command line
+//   "<helper>" --wait-pid <pid> --replace "<staged>" --target "<target>" --relaunch "<target>"
+// with its paths made absolute.
+struct Arguments {
+    DWORD processId = 0; // of the launcher that ends
+    std::wstring staged; // the new launcher
+    std::wstring target; // the launcher's place in the installation
+    std::wstring folder; // the installation
+    std::wstring stage;  // the stage folder that `staged` lies in: "<folder>\.coldanchor-update\stage-<stamp>"
+    std::wstring backup; // where the old launcher is kept: "<folder>\.coldanchor-update\backup-<stamp>"
+};
+
+// Reads this process's command line. exitReplaced means that `arguments` is complete and may be carried out; anything
+// else says what is wrong with it. Touches no file, but asks whether a link stands on the way to `staged`.
+ExitStatus readArguments(Arguments& arguments);
+
+} // namespace ca::helper

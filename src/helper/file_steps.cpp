@@ -1,0 +1,97 @@
+#include "helper/file_steps.h"
+
+#include <algorithm>
+#include <string_view>
+#include <windows.h>
+
+namespace ca::helper {
+
+namespace {
+
+// Milliseconds.
+constexpr DWORD retryLimit = 30 * 1000;
+constexpr DWORD firstPause = 50;
+constexpr DWORD longestPause = 2000;
+
+// Access denied, sharing violation, lock violation, delete pending, mapped section open: what a scanner causes.
+bool isTransient(DWORD error) {
+    return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+           error == ERROR_DELETE_PENDING || error == ERROR_USER_MAPPED_FILE;
+}
+
+template <typename Operation>
+bool withRetries(Operation operation) {
+    const ULONGLONG begin = ::GetTickCount64();
+    for (DWORD pause = firstPause;; pause = std::min(2 * pause, longestPause)) {
+        if (operation())
+            return true;
+        const DWORD error = ::GetLastError();
+        if (!isTransient(error) || ::GetTickCount64() - begin + pause > retryLimit)
+            return false;
+        ::Sleep(pause);
+    }
+}
+
+} // namespace
+
+bool isProgram(const std::wstring& file) {
+    DWORD kind = 0;
+    return withRetries([&] { return ::GetBinaryTypeW(file.c_str(), &kind) != 0; }) && kind == SCS_64BIT_BINARY;
+}
+
+bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name) {
+    const std::wstring copy = folder + name;
+    ::CreateDirectoryW(folder.c_str(), nullptr); // mostly there already; a failure shows in the next step
+    ::DeleteFileW(copy.c_str());                 // mostly absent
+    return withRetries([&] {
+        return ::CreateHardLinkW(copy.c_str(), target.c_str(), nullptr) ||
+               ::CopyFileW(target.c_str(), copy.c_str(), FALSE);
+    });
+}
+
+bool moveOver(const std::wstring& from, const std::wstring& to) {
+    return withRetries([&] {
+        return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    });
+}
+
+bool start(const std::wstring& program, const std::wstring& folder) {
+    std::wstring commandLine = L"\"" + program + L"\"";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!withRetries([&] {
+            return ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                    folder.c_str(), &startup, &process) != 0;
+        }))
+        return false;
+    ::CloseHandle(process.hThread);
+    ::CloseHandle(process.hProcess);
+    return true;
+}
+
+void removeFolder(const std::wstring& folder) {
+    const DWORD attributes = ::GetFileAttributesW(folder.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return;
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        const std::wstring inside = folder + L"/";
+        WIN32_FIND_DATAW entry{};
+        const HANDLE search = ::FindFirstFileW((inside + L"*").c_str(), &entry);
+        if (search != INVALID_HANDLE_VALUE) {
+            do {
+                const std::wstring_view name = entry.cFileName;
+                if (name == L"." || name == L"..")
+                    continue;
+                if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                    removeFolder(inside + entry.cFileName);
+                else
+                    ::DeleteFileW((inside + entry.cFileName).c_str());
+            } while (::FindNextFileW(search, &entry));
+            ::FindClose(search);
+        }
+    }
+    ::RemoveDirectoryW(folder.c_str());
+}
+
+} // namespace ca::helper

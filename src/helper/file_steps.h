@@ -1,0 +1,26 @@
+// The helper's steps on the disk. Each is one operation of the system, tried again for a while when its failure is one
+// that passes: a scanner or an indexer that has just opened the file.
+#pragma once
+
+#include <string>
+
+namespace ca::helper {
+
+// A non-empty file that the system recognises as a 64-bit program.
+bool isProgram(const std::wstring& file);
+
+// Makes the old launcher available under a second name, so that replacing the first can't lose it. By a hard link, or
+// by a copy where the volume knows no links. Makes `folder`, and replaces an older file there.
+bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name);
+
+// Renames `from` over `to`, on one volume: the name `to` means the old file or the new one at every moment.
+bool moveOver(const std::wstring& from, const std::wstring& to);
+
+// Starts a program of the installation, in its folder, without arguments.
+bool start(const std::wstring& program, const std::wstring& folder);
+
+// Deletes the folder with all that it holds. A link in it is deleted itself and never followed. What can't be deleted
+// stays.
+void removeFolder(const std::wstring& folder);
+
+} // namespace ca::helper
