@@ -71,4 +71,20 @@ std::vector<std::string> splitCommandLine(std::string_view line, bool programFir
     return arguments;
 }
 
+std::string quoteArgument(std::string_view argument) {
+    if (!argument.empty() && argument.find_first_of(" \t\"") == std::string_view::npos) {
+        return std::string(argument);
+    }
+    std::string quoted = "\"";
+    std::size_t slashes = 0;
+    for (const char character : argument) {
+        if (character == '"') {
+            quoted.append(slashes + 1, '\\'); // double those before it, and one for the quote itself
+        }
+        slashes = character == '\\' ? slashes + 1 : 0;
+        quoted += character;
+    }
+    return quoted.append(slashes, '\\') + '"';
+}
+
 } // namespace ca::win32

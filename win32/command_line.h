@@ -13,4 +13,7 @@ namespace ca::win32 {
 // itself.
 std::vector<std::string> splitCommandLine(std::string_view line, bool programFirst);
 
+// `argument` so that splitCommandLine gives it back: between quotes if it is empty or holds blanks or quotes.
+std::string quoteArgument(std::string_view argument);
+
 } // namespace ca::win32

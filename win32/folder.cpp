@@ -39,8 +39,7 @@ DWORD attributesOf(const std::string& path) {
 
 class Search : public Object {
 public:
-    Search(DIR* opened, std::string path)
-        : folder(opened), prefix(std::move(path)) {}
+    Search(DIR* opened, std::string path) : folder(opened), prefix(std::move(path)) {}
     ~Search() override { ::closedir(folder); }
 
     bool next(WIN32_FIND_DATAW& entry) {

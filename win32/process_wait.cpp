@@ -20,8 +20,7 @@ using namespace ca::win32;
 // A process that may not be this one's child.
 class ObservedProcess : public Object {
 public:
-    ObservedProcess(int processDescriptor, DWORD processId)
-        : descriptor(processDescriptor), id(processId) {}
+    ObservedProcess(int processDescriptor, DWORD processId) : descriptor(processDescriptor), id(processId) {}
     ~ObservedProcess() override { ::close(descriptor); }
 
     const int descriptor;

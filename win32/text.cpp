@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstring>
+#include <cwchar>
 
 namespace {
 
@@ -69,6 +70,32 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount,
         rest.remove_prefix(next.length);
     }
     return count;
+}
+
+int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount, LPSTR bytes, int byteCount,
+                        LPCSTR defaultCharacter, BOOL* defaultUsed) {
+    using ca::win32::fail;
+    if (codePage != CP_UTF8 || wide == nullptr || wideCount == 0 || wideCount < -1 || byteCount < 0 ||
+        (bytes == nullptr && byteCount > 0) || defaultCharacter != nullptr || defaultUsed != nullptr) {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    if (flags != 0) {
+        return fail(ERROR_INVALID_FLAGS);
+    }
+    std::wstring text(wide, wideCount == -1 ? std::wcslen(wide) + 1 : static_cast<std::size_t>(wideCount));
+    for (wchar_t& character : text) {
+        if (!ca::win32::toUtf8({&character, 1})) {
+            character = L'\uFFFD';
+        }
+    }
+    const std::string utf8 = ca::win32::toUtf8(text).value_or(std::string());
+    if (byteCount > 0 && utf8.size() > static_cast<std::size_t>(byteCount)) {
+        return fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    if (byteCount > 0) {
+        std::memcpy(bytes, utf8.data(), utf8.size());
+    }
+    return static_cast<int>(utf8.size());
 }
 
 namespace ca::win32 {

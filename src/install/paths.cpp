@@ -1,11 +1,40 @@
 #include "install/paths.h"
 
+#include <type_traits>
 #include <vector>
 #include <windows.h>
 
 namespace ca::install {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+template <typename Native>
+std::wstring wideFromNative(const Native& native) {
+    if constexpr (std::is_same_v<Native, std::wstring>)
+        return native;
+    else
+        return wideFromUtf8(native);
+}
+
+template <typename Native>
+Native nativeFromWide(const std::wstring& wide) {
+    if constexpr (std::is_same_v<Native, std::wstring>) {
+        return wide;
+    } else {
+        const int length = static_cast<int>(wide.size());
+        const auto convert = [&](char* text, int size) {
+            return ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text, size, nullptr, nullptr);
+        };
+        Native native(static_cast<std::size_t>(wide.empty() ? 0 : convert(nullptr, 0)), '\0');
+        if (!native.empty())
+            convert(native.data(), static_cast<int>(native.size()));
+        return native;
+    }
+}
+
+} // namespace
 
 fs::path executableDir() {
     // The longest path that Windows knows has 32,767 characters; a result of the buffer's size means that it was cut.
@@ -15,7 +44,7 @@ fs::path executableDir() {
         std::error_code ignored;
         return fs::current_path(ignored);
     }
-    return fs::path(std::wstring(buffer.data(), length)).parent_path();
+    return pathFromWide(std::wstring(buffer.data(), length)).parent_path();
 }
 
 fs::path pathFromUtf8(std::string_view text) {
@@ -25,6 +54,24 @@ fs::path pathFromUtf8(std::string_view text) {
 std::string utf8FromPath(const fs::path& path) {
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};
+}
+
+std::wstring wideFromPath(const fs::path& path) {
+    return wideFromNative(path.native());
+}
+
+fs::path pathFromWide(const std::wstring& wide) {
+    return nativeFromWide<fs::path::string_type>(wide);
+}
+
+std::wstring wideFromUtf8(std::string_view text) {
+    if (text.empty())
+        return {};
+    const int size = static_cast<int>(text.size());
+    std::wstring wide(static_cast<std::size_t>(::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0)),
+                      L'\0');
+    ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()));
+    return wide;
 }
 
 bool pathExists(const fs::path& path) {

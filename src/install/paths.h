@@ -22,6 +22,12 @@ std::filesystem::path executableDir();
 std::filesystem::path pathFromUtf8(std::string_view text);
 std::string utf8FromPath(const std::filesystem::path& path);
 
+// The system's calls take and give wide text. Where paths are wide themselves they pass through unchanged, a name that
+// is no valid Unicode included; elsewhere they are UTF-8, whatever the locale. Any thread.
+std::wstring wideFromPath(const std::filesystem::path& path);
+std::filesystem::path pathFromWide(const std::wstring& wide);
+std::wstring wideFromUtf8(std::string_view text); // bytes that aren't UTF-8 become U+FFFD
+
 // Whether something stands there, of any kind. A path whose status can't be read counts as absent. Asks the disk.
 bool pathExists(const std::filesystem::path& path);
 

@@ -1,6 +1,7 @@
 #include "install/text_file.h"
 
 #include "install/file_handle.h"
+#include "install/paths.h"
 
 #include <array>
 
@@ -42,7 +43,7 @@ bool writeTextFile(const fs::path& path, std::string_view text) {
     fs::create_directories(path.parent_path(), ignored);
     fs::path fresh = path;
     fresh += ".new";
-    if (writeFlushed(fresh, text) && ::MoveFileExW(fresh.wstring().c_str(), path.wstring().c_str(),
+    if (writeFlushed(fresh, text) && ::MoveFileExW(wideFromPath(fresh).c_str(), wideFromPath(path).c_str(),
                                                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         return true;
     fs::remove(fresh, ignored);

@@ -24,7 +24,7 @@ std::wstring environmentValue(const wchar_t* name) {
 fs::path userDataDir() {
     for (const wchar_t* variable : {L"LOCALAPPDATA", L"APPDATA"})
         if (const std::wstring value = environmentValue(variable); !value.empty())
-            return fs::path(value) / "ColdAnchor";
+            return pathFromWide(value) / "ColdAnchor";
     return executableDir() / "userdata";
 }
 

@@ -1,5 +1,7 @@
 #include "job/elevation.h"
 
+#include "install/paths.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -11,8 +13,8 @@ namespace ca::job {
 
 bool isFolderWritable(const std::filesystem::path& folder) {
     const std::string name = ".coldanchor-write-test-" + std::to_string(::GetCurrentProcessId()) + ".tmp";
-    const HANDLE file = ::CreateFileW((folder / name).wstring().c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                      FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    const HANDLE file = ::CreateFileW(install::wideFromPath(folder / name).c_str(), GENERIC_WRITE, 0, nullptr,
+                                      CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return false;
     ::CloseHandle(file);

@@ -1,5 +1,6 @@
 #include "job/self_update.h"
 
+#include "install/paths.h"
 #include "install/start_process.h"
 
 #include <windows.h>
@@ -9,8 +10,9 @@ namespace ca::job {
 bool startUpdateHelper(const std::filesystem::path& helper, const std::filesystem::path& stagedLauncher,
                        const std::filesystem::path& target) {
     const std::wstring arguments = L" --wait-pid " + std::to_wstring(::GetCurrentProcessId()) + L" --replace \"" +
-                                   stagedLauncher.wstring() + L"\" --target \"" + target.wstring() +
-                                   L"\" --relaunch \"" + target.wstring() + L"\"";
+                                   install::wideFromPath(stagedLauncher) + L"\" --target \"" +
+                                   install::wideFromPath(target) + L"\" --relaunch \"" + install::wideFromPath(target) +
+                                   L"\"";
     return install::startProcess(helper, arguments, CREATE_NO_WINDOW);
 }
 

@@ -1,5 +1,7 @@
 #include "net/http_client.h"
 
+#include "install/paths.h"
+
 namespace ca::net {
 
 namespace {
@@ -17,18 +19,8 @@ void setOption(HINTERNET handle, DWORD option, DWORD value) {
     static_cast<void>(::WinHttpSetOption(handle, option, &value, sizeof value));
 }
 
-std::wstring wideFromUtf8(std::string_view text) {
-    if (text.empty())
-        return {};
-    const int size = static_cast<int>(text.size());
-    std::wstring wide(static_cast<std::size_t>(::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0)),
-                      L'\0');
-    ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()));
-    return wide;
-}
-
 bool crackUrl(std::string_view url, RequestTarget& target) {
-    const std::wstring wide = wideFromUtf8(url);
+    const std::wstring wide = install::wideFromUtf8(url);
     URL_COMPONENTS parts{};
     parts.dwStructSize = sizeof parts;
     parts.dwHostNameLength = static_cast<DWORD>(-1); // -1 asks for a pointer into the text

@@ -95,7 +95,7 @@ bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files
 }
 
 bool move(const fs::path& from, const fs::path& to, DWORD flags) {
-    return ::MoveFileExW(from.wstring().c_str(), to.wstring().c_str(), flags) != 0;
+    return ::MoveFileExW(install::wideFromPath(from).c_str(), install::wideFromPath(to).c_str(), flags) != 0;
 }
 
 // Moves one staged file into place and its predecessor into the backup folder.

@@ -16,7 +16,8 @@ void undo(const RollbackEntry& entry) {
     if (entry.backup.empty() || !install::pathExists(entry.backup))
         return;
     fs::create_directories(entry.target.parent_path(), ignored);
-    ::MoveFileExW(entry.backup.wstring().c_str(), entry.target.wstring().c_str(), MOVEFILE_REPLACE_EXISTING);
+    ::MoveFileExW(install::wideFromPath(entry.backup).c_str(), install::wideFromPath(entry.target).c_str(),
+                  MOVEFILE_REPLACE_EXISTING);
 }
 
 } // namespace

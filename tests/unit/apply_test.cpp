@@ -84,7 +84,7 @@ protected:
     const ca::test::TemporaryFolder install;
     const ca::test::TemporaryFolder root;
     const fs::path files = root / "stable/windows/files";
-    ca::demo::Nginx server{root / "server", {.root = root.path()}};
+    ca::demo::Nginx server{root / "server", {.root = root.path(), .serverDirectives = {}}};
     Updater updater{install.path()};
     UpdatePlan plan;
     std::vector<std::uint64_t> reports;
@@ -152,7 +152,10 @@ TEST_F(Apply, RollsBackWhateverFailsLater) {
     plan.files.pop_back();
 
     // Something else, such as a scanner, takes a staged file away or stands in the way of a backup.
-    onProgress = [this] { fs::remove(workFolder("stage-") / "new/y"); };
+    onProgress = [this] {
+        if (fs::exists(workFolder("stage-") / "last"))
+            fs::remove(workFolder("stage-") / "new/y");
+    };
     fs::remove_all(install / ".coldanchor-update");
     plan.files.push_back(plan.files[0]);
     plan.files.back().file.path = "last";

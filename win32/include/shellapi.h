@@ -13,6 +13,10 @@ inline constexpr INT SE_ERR_ACCESSDENIED = 5;
 inline constexpr INT SE_ERR_OOM = 8;
 inline constexpr INT SE_ERR_NOASSOC = 31;
 
+// The arguments in a command line by the rules of the C runtime on Windows, the program's name first. Freed by
+// LocalFree as a whole. Null on failure.
+LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count);
+
 // Only the verb "runas" is known: runs `file` as the administrator, with `parameters` split as CreateProcessW splits a
 // command line. Blocks while the prompt is open, and returns as soon as it is answered: a result above 32 when the
 // program has been started (it isn't waited for and outlives the caller), SE_ERR_ACCESSDENIED when the prompt was

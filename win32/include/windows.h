@@ -28,6 +28,7 @@ using UINT = unsigned int;
 using LONG = std::int32_t;
 using ULONG = std::uint32_t;
 using DWORD = std::uint32_t;
+using ULONGLONG = std::uint64_t;
 using DWORD_PTR = std::uintptr_t;
 using CHAR = char;
 using WCHAR = wchar_t;
@@ -37,6 +38,7 @@ using LPCVOID = const void*;
 using LPBYTE = BYTE*;
 using PUCHAR = UCHAR*;
 using LPDWORD = DWORD*;
+using LPSTR = char*;
 using LPCSTR = const char*;
 using LPWSTR = wchar_t*;
 using LPCWSTR = const wchar_t*;
@@ -65,7 +67,9 @@ inline constexpr DWORD ERROR_INVALID_DATA = 13;
 inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
 inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
 inline constexpr DWORD ERROR_GEN_FAILURE = 31;
+inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
 inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_LOCK_VIOLATION = 33;
 inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
 inline constexpr DWORD ERROR_FILE_EXISTS = 80;
 inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
@@ -81,9 +85,11 @@ inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr DWORD ERROR_FILE_TOO_LARGE = 223;
 inline constexpr DWORD ERROR_MORE_DATA = 234;
 inline constexpr DWORD ERROR_DIRECTORY = 267;
+inline constexpr DWORD ERROR_DELETE_PENDING = 303;
 inline constexpr DWORD ERROR_INVALID_FLAGS = 1004;
 inline constexpr DWORD ERROR_NO_UNICODE_TRANSLATION = 1113;
 inline constexpr DWORD ERROR_IO_DEVICE = 1117;
+inline constexpr DWORD ERROR_USER_MAPPED_FILE = 1224;
 inline constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
 
 // The calling thread's last error number. A call that succeeds leaves it alone unless it says otherwise.
@@ -101,6 +107,11 @@ inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 // Returns the number of wide characters, 0 on failure: ERROR_INVALID_PARAMETER (another code page, a count of 0 or
 // below -1, null pointers), ERROR_INVALID_FLAGS, ERROR_INSUFFICIENT_BUFFER (the buffer is then partly written).
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount, LPWSTR wide, int wideCount);
+
+// Wide text to UTF-8, the other way round, with the same counts. `flags` 0, `defaultCharacter` and `defaultUsed` null;
+// what is no Unicode character becomes U+FFFD.
+int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount, LPSTR bytes, int byteCount,
+                        LPCSTR defaultCharacter, BOOL* defaultUsed);
 
 // --- Module, process id, environment ---
 
@@ -221,3 +232,88 @@ using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
 BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUTES processSecurity,
                     LPSECURITY_ATTRIBUTES threadSecurity, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder,
                     LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process);
+
+// --- Waiting for a process ---
+
+inline constexpr DWORD SYNCHRONIZE = 0x00100000U;
+inline constexpr DWORD PROCESS_QUERY_LIMITED_INFORMATION = 0x1000;
+inline constexpr DWORD WAIT_OBJECT_0 = 0;
+inline constexpr DWORD WAIT_TIMEOUT = 258;
+inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFFU;
+
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+using LPFILETIME = FILETIME*;
+
+// A handle on the process itself, which a later process with the same number isn't. `access` is both values above and
+// nothing else, `inherit` FALSE. Null with ERROR_INVALID_PARAMETER when no process has this number. A process that has
+// ended but that its parent hasn't waited for can still be opened, and counts as ended.
+HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD processId);
+
+// For OpenProcess's handles and the one that GetCurrentProcess gives, which needs no closing. `created` counts steps of
+// 100 nanoseconds from the host's start, where Windows counts them from 1601: good for telling which process is older,
+// to a hundredth of a second. The other three times are set to 0.
+BOOL GetProcessTimes(HANDLE process, LPFILETIME created, LPFILETIME ended, LPFILETIME kernel, LPFILETIME user);
+HANDLE GetCurrentProcess();
+
+// WAIT_OBJECT_0 once the process has ended, WAIT_TIMEOUT when it still runs after `milliseconds`.
+DWORD WaitForSingleObject(HANDLE process, DWORD milliseconds);
+
+void Sleep(DWORD milliseconds);
+
+// Milliseconds since the host's start.
+ULONGLONG GetTickCount64();
+
+// --- Folders and names ---
+
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFFU;
+inline constexpr DWORD SCS_64BIT_BINARY = 6;
+
+struct WIN32_FIND_DATAW {
+    DWORD dwFileAttributes; // as GetFileAttributesW
+    WCHAR cFileName[MAX_PATH];
+};
+using LPWIN32_FIND_DATAW = WIN32_FIND_DATAW*;
+
+// FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_NORMAL, with FILE_ATTRIBUTE_REPARSE_POINT for a symbolic link, which isn't
+// followed: a link to a folder has both bits, as on Windows.
+DWORD GetFileAttributesW(LPCWSTR path);
+
+BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
+
+// A link is removed itself: a link to a folder by RemoveDirectoryW, any other by DeleteFileW, as on Windows.
+BOOL RemoveDirectoryW(LPCWSTR path);
+BOOL DeleteFileW(LPCWSTR path);
+
+// A second name for a file on the same volume. ERROR_ALREADY_EXISTS when `link` is taken.
+BOOL CreateHardLinkW(LPCWSTR link, LPCWSTR existing, LPSECURITY_ATTRIBUTES security);
+
+// The file's bytes and permissions. A copy that fails half-way is removed.
+BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists);
+
+// `path` without "." and "..", from the working folder on if it is relative; the disk isn't asked. The length without
+// the zero if that fits into `size` characters, else the size needed with it; 0 on failure. `fileName` must be null.
+DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* fileName);
+
+// Which kind of program the file is: SCS_64BIT_BINARY for one of this host, any other file fails with
+// ERROR_BAD_EXE_FORMAT.
+BOOL GetBinaryTypeW(LPCWSTR path, LPDWORD kind);
+
+// The entries of a folder, in no order; `pattern` is the folder and "/*", and nothing else is accepted. "." and ".."
+// are left out. INVALID_HANDLE_VALUE when the folder can't be read or is empty (ERROR_FILE_NOT_FOUND). The end of the
+// list is FALSE with ERROR_NO_MORE_FILES. FindClose ends the handle.
+HANDLE FindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW entry);
+BOOL FindNextFileW(HANDLE search, LPWIN32_FIND_DATAW entry);
+BOOL FindClose(HANDLE search);
+
+// --- Command line ---
+
+// This process's arguments, quoted so that CommandLineToArgvW gives them back. Valid until the process ends.
+LPWSTR GetCommandLineW();
+
+// Frees what CommandLineToArgvW gave. Null on success.
+HANDLE LocalFree(HANDLE memory);
