@@ -1,7 +1,6 @@
 # GoogleTest out of its sources, built like the project: for the same target, and instrumented where the project is.
 set(COLDANCHOR_GOOGLETEST /usr/src/googletest CACHE PATH "GoogleTest's sources")
 set(INSTALL_GTEST OFF)
-set(gtest_force_shared_crt ON)
 add_subdirectory(${COLDANCHOR_GOOGLETEST} ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 if(COLDANCHOR_SANITIZER)
     target_compile_options(gtest PRIVATE -fsanitize=${COLDANCHOR_SANITIZER})
