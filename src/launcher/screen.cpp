@@ -119,7 +119,7 @@ void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir,
     drawStatus(renderer, snapshot, version);
     drawProgress(renderer, snapshot);
     drawButtons(renderer, snapshot);
-    drawText(renderer, 720, 594, (std::string("ENTER = PLAY // LAUNCHER v") + launcherVersion).c_str(), 0.72f, 137, 163,
+    drawText(renderer, 720, 594, ("ENTER = PLAY // LAUNCHER v" + std::string(launcherVersion)).c_str(), 0.72f, 137, 163,
              159);
     SDL_RenderPresent(renderer);
 }

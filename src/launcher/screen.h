@@ -6,11 +6,13 @@
 #include <SDL3/SDL.h>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace ca::launcher {
 
-// This program's version, shown in the footer.
-inline constexpr const char* launcherVersion = "1.2.1";
+// This program's version, shown in the footer. Each executable brings its own definition; the launcher's is the
+// project's.
+extern const std::string_view launcherVersion;
 
 // Draws and presents a frame. What it shows depends on the arguments and on the version marker, which is read anew;
 // nothing is kept between frames, and a drawing call that fails is ignored. Main thread; blocks for the display's

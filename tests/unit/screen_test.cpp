@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+namespace ca::launcher {
+const std::string_view launcherVersion = "7.6.5";
+}
+
 using namespace ca::launcher;
 using ca::job::JobState;
 using ca::test::Colour;
@@ -67,8 +71,8 @@ TEST_F(Screen, ShowsWhatNeverChanges) {
     EXPECT_TRUE(onRight(720, 72, "GAME STATUS", 1.45f, rgb(226, 236, 232)));
     EXPECT_TRUE(onRight(820, 245, "1.4.1", 0.82f, rgb(218, 229, 224)));
     EXPECT_TRUE(onRight(820, 270, "CHECKING", 0.82f, rgb(218, 229, 224)));
-    EXPECT_TRUE(onRight(720, 594, "ENTER = PLAY // LAUNCHER v1.2.1", 0.72f, rgb(137, 163, 159)));
-    EXPECT_FALSE(onRight(720, 594, "ENTER = PLAY // LAUNCHER v1.2.2", 0.72f, rgb(137, 163, 159)));
+    EXPECT_TRUE(onRight(720, 594, "ENTER = PLAY // LAUNCHER v7.6.5", 0.72f, rgb(137, 163, 159)));
+    EXPECT_FALSE(onRight(720, 594, "ENTER = PLAY // LAUNCHER v7.6.6", 0.72f, rgb(137, 163, 159)));
 }
 
 TEST_F(Screen, ShowsTheNotesAndTheirHeadings) {
