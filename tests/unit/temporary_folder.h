@@ -41,7 +41,10 @@ inline std::string readFile(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-inline std::string bytesFromHex(const std::string& hex) {
+inline std::string bytesFromHex(std::string hex) {
+    if (hex == "-") // how published tables write an empty text
+        return {};
+    hex.insert(0, hex.size() % 2, '0'); // and their numbers come without leading zeros
     std::string bytes;
     for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
         bytes += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
