@@ -230,12 +230,18 @@ BOOL FlushFileBuffers(HANDLE file) {
     if (opened == nullptr) {
         return FALSE;
     }
+    if ((::fcntl(opened->descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY) {
+        return fail(ERROR_ACCESS_DENIED); // as Windows does; the host would flush what others wrote
+    }
     return ::fsync(opened->descriptor) == 0 ? TRUE : fail(errorFromErrno(errno));
 }
 
 BOOL CloseHandle(HANDLE handle) {
-    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+    if (handle == nullptr) {
         return fail(ERROR_INVALID_HANDLE);
+    }
+    if (handle == INVALID_HANDLE_VALUE) {
+        return TRUE; // it is also the current process's handle, which needs no closing
     }
     delete static_cast<Object*>(handle);
     return TRUE;

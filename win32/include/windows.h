@@ -167,10 +167,11 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED
 // Writes all `size` bytes at the file's position. On failure `*written` tells how many were. `overlapped` must be null.
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped);
 
-// Returns when everything written to the file has reached the disk.
+// Returns when everything written to the file has reached the disk. Needs a handle with GENERIC_WRITE.
 BOOL FlushFileBuffers(HANDLE file);
 
-// Ends a handle of CreateFileW or CreateProcessW. Null and INVALID_HANDLE_VALUE give ERROR_INVALID_HANDLE.
+// Ends a handle of CreateFileW, CreateProcessW or OpenProcess. Null gives ERROR_INVALID_HANDLE; INVALID_HANDLE_VALUE,
+// which is also what GetCurrentProcess gives, is left alone.
 BOOL CloseHandle(HANDLE handle);
 
 inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;

@@ -1,0 +1,89 @@
+#include "contract.h"
+
+#include <shellapi.h>
+
+using namespace ca::test;
+
+namespace {
+
+// 0 or the last error; `id` becomes the process's.
+DWORD start(const std::filesystem::path& program, std::wstring line, const std::filesystem::path& folder, DWORD& id) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process{};
+    if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW,
+                          nullptr, folder.empty() ? nullptr : wideFromPath(folder).c_str(), &startup, &process))
+        return ::GetLastError();
+    EXPECT_TRUE(::CloseHandle(process.hThread) && ::CloseHandle(process.hProcess));
+    id = process.dwProcessId;
+    return 0;
+}
+
+std::intptr_t elevate(const std::filesystem::path& program, const std::wstring& parameters) {
+    return reinterpret_cast<std::intptr_t>(
+        ::ShellExecuteW(nullptr, L"runas", wideFromPath(program).c_str(), parameters.c_str(), nullptr, SW_SHOWNORMAL));
+}
+
+} // namespace
+
+TEST(Processes, StartInTheirFolderWithTheirArguments) {
+    const TemporaryFolder folder; // its name holds blanks and a letter beyond ASCII
+    const auto program = folder / u8"prögräm €.exe";
+    std::filesystem::copy_file(childProgram(), program);
+    DWORD id = 0;
+    const std::wstring line =
+        L"\"" + wideFromPath(program) + LR"(" report out --pid 7 --replace "C:\a b\x" "" "x\\" a\\b c\"d "e f"g)";
+    ASSERT_EQ(start(program, line, folder.path(), id), 0U);
+    ASSERT_TRUE(comesTrue([&] { return std::filesystem::exists(folder / "out"); }));
+    EXPECT_EQ(readFile(folder / "out"), utf8FromPath(folder.path()) + "\n" + utf8FromPath(program) + "\n" +
+                                            setting("DISPLAY") +
+                                            "\n--pid\n7\n--replace\nC:\\a b\\x\n\nx\\\na\\\\b\nc\"d\ne fg");
+    // Where there are zombies, nobody is left as one.
+    EXPECT_TRUE(onWindows || comesTrue([&] { return !std::filesystem::exists("/proc/" + std::to_string(id)); }));
+}
+
+TEST(Processes, AreRefusedWithTheReason) {
+    const TemporaryFolder folder;
+    const auto garbage = writeFile(folder / "garbage.exe", "no program at all, whatever its permissions say");
+    std::filesystem::permissions(garbage, std::filesystem::perms::owner_all);
+    DWORD id = 0;
+    EXPECT_EQ(start(folder / "none.exe", L"x", "", id), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(start(folder / "none" / "none.exe", L"x", "", id), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(start(garbage, L"x", "", id), DWORD{ERROR_BAD_EXE_FORMAT});
+    EXPECT_EQ(start(childProgram(), L"x", folder / "none", id), DWORD{ERROR_DIRECTORY});
+    std::filesystem::permissions(garbage, std::filesystem::perms::owner_read); // which Windows has no use for
+    EXPECT_EQ(start(garbage, L"x", "", id), onWindows ? DWORD{ERROR_BAD_EXE_FORMAT} : DWORD{ERROR_ACCESS_DENIED});
+}
+
+TEST(Elevation, TellsStartedFromRefusedWithoutWaitingForTheEnd) {
+    const TemporaryFolder folder;
+    const auto out = folder / "out";
+    const std::wstring parameters = L"wait \"" + wideFromPath(out) + L"\"";
+#ifdef _WIN32 // Wine 8 starts the program without a prompt
+    EXPECT_GT(elevate(childProgram(), parameters), 32);
+#else // the prompt is played by a program that clears the environment and changes the folder, as pkexec does
+    const auto pkexec = writeFile(folder / "pkexec", "#!/bin/sh\ncd /\nexec env -i PATH=\"$PATH\" \"$@\"\n");
+    std::filesystem::permissions(pkexec, std::filesystem::perms::owner_all);
+    const std::string path = setting("PATH");
+    ::setenv("PATH", (folder.path().native() + ":" + path).c_str(), 1);
+    ::setenv("DISPLAY", ":77 and a blank", 1);
+    EXPECT_GT(elevate(childProgram(), parameters), 32);
+    writeFile(pkexec, "#!/bin/sh\nexit 126\n");
+    EXPECT_EQ(elevate(childProgram(), L""), SE_ERR_ACCESSDENIED);
+    ::setenv("PATH", "/nowhere", 1);
+    EXPECT_EQ(elevate(childProgram(), L""), SE_ERR_FNF);
+    ::setenv("PATH", path.c_str(), 1);
+#endif
+    ASSERT_TRUE(comesTrue([&] { return std::filesystem::exists(out); }));
+    EXPECT_NE(readFile(out).find("\n" + setting("DISPLAY")), std::string::npos) << readFile(out);
+    std::filesystem::remove(out); // and the program ends
+    EXPECT_EQ(elevate(folder / "none.exe", L""), SE_ERR_FNF);
+}
+
+TEST(Processes, EndAtOnceUnderALiveDownload) {
+    for (int moment = 0; moment < (onWindows ? 5 : 40); ++moment) {
+        const std::string line = "\"" + utf8FromPath(childProgram()) + "\" leave " + setting("TLS_PORT") + " " +
+                                 std::to_string(moment * moment * 40);
+        ASSERT_EQ(std::system((onWindows ? "\"" + line + "\"" : line).c_str()), 0) << line;
+    }
+}
