@@ -14,17 +14,17 @@ using namespace ca::test;
 namespace {
 
 void downloadForever(INTERNET_PORT port) {
-    const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, nullptr, nullptr, 0);
-    const HINTERNET connection = ::WinHttpConnect(session, L"127.0.0.1", port, 0);
-    std::vector<char> bytes(65536);
-    for (;;) {
+    for (std::vector<char> bytes(65536);;) {
+        const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, nullptr, nullptr, 0);
+        const HINTERNET connection = ::WinHttpConnect(session, L"127.0.0.1", port, 0);
         const HINTERNET request = ::WinHttpOpenRequest(connection, nullptr, L"/plain/numbers.txt", nullptr, nullptr,
                                                        nullptr, WINHTTP_FLAG_SECURE);
         DWORD count = 1;
         if (::WinHttpSendRequest(request, nullptr, 0, nullptr, 0, 0, 0) && ::WinHttpReceiveResponse(request, nullptr))
             while (count > 0 && ::WinHttpReadData(request, bytes.data(), 65536, &count)) {
             }
-        ::WinHttpCloseHandle(request);
+        for (const HINTERNET handle : {request, connection, session})
+            ::WinHttpCloseHandle(handle);
     }
 }
 
