@@ -33,11 +33,11 @@ public:
     }
 
     Command check(const Tree& tree) const {
-        return {worker_, "check", tree.folder, server_.url() + "/" + tree.folder.filename().string()};
+        return {worker_, "check", ".", server_.url() + "/" + tree.folder.filename().string()};
     }
-    // What the checking program needs around it.
-    demo::ProcessOptions trust() const {
+    demo::ProcessOptions trustingIn(const Tree& tree) const {
         demo::ProcessOptions options;
+        options.workingFolder = tree.folder;
         options.environment = {"COLDANCHOR_BENCH_FINGERPRINT=" + fingerprint_};
         return options;
     }
@@ -51,7 +51,8 @@ private:
     std::string fingerprint_;
 };
 
-// A program that prints the digests of the tree's files.
+// A program that prints the digests of the tree's files. All programs run in the tree, so that none of them has longer
+// paths to walk.
 Command digestsOf(Command program, const Tree& tree) {
     program.insert(program.end(), tree.names.begin(), tree.names.end());
     return program;
@@ -69,7 +70,7 @@ const Command openssl{"openssl", "dgst", "-sha256"};
 Row speedRow(const Setting& setting, Channels& channels, const Tree& tree, double limit) {
     channels.offer(tree);
     const std::vector<double> seconds =
-        alternate({[&] { return secondsOfProgram(channels.check(tree), channels.trust()); },
+        alternate({[&] { return secondsOfProgram(channels.check(tree), channels.trustingIn(tree)); },
                    [&] { return secondsOfProgram(digestsOf(openssl, tree), silentIn(tree)); },
                    [&] { return secondsOfProgram(digestsOf({"sha256sum"}, tree), silentIn(tree)); }},
                   setting.rounds);
@@ -88,8 +89,8 @@ Row memoryRow(const Setting& setting, Channels& channels) {
     channels.offer(large);
     channels.offer(little);
     const std::vector<double> peaks =
-        alternate({[&] { return peakOfProgram(channels.check(large), channels.trust()); },
-                   [&] { return peakOfProgram(channels.check(little), channels.trust()); },
+        alternate({[&] { return peakOfProgram(channels.check(large), channels.trustingIn(large)); },
+                   [&] { return peakOfProgram(channels.check(little), channels.trustingIn(little)); },
                    [&] { return peakOfProgram(digestsOf(openssl, large), silentIn(large)); }},
                   3);
     return {.work = "peak memory, check of one file of " + sizeText(large.size),

@@ -69,11 +69,10 @@ bool sha256Bytes(const void* data, std::size_t size, Sha256Digest& digest) {
 
 std::string sha256Hex(const Sha256Digest& digest) {
     constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * digest.size());
-    for (const unsigned char byte : digest) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
+    std::string text(2 * digest.size(), '0');
+    for (std::size_t i = 0; i < digest.size(); ++i) {
+        text[2 * i] = digits[digest[i] >> 4];
+        text[2 * i + 1] = digits[digest[i] & 15];
     }
     return text;
 }
