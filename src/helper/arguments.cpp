@@ -1,5 +1,7 @@
 #include "helper/arguments.h"
 
+#include "helper/file_steps.h"
+
 #include <vector>
 
 #include <shellapi.h>
@@ -38,10 +40,10 @@ std::wstring fullPath(const std::wstring& path) {
     return full;
 }
 
-// A link on the way would let the helper read or delete outside the installation.
-bool isLinkOrMissing(const std::wstring& path) {
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+// Windows takes a full path in this form without its limit of 260 characters, to which a stage folder adds many. What
+// isn't a drive's path stays as it is.
+std::wstring withoutLimit(const std::wstring& path) {
+    return path.size() > 1 && path[1] == L':' ? L"\\\\?\\" + path : path;
 }
 
 // Splits "<folder><separator>.coldanchor-update<separator>stage-<stamp><separator>...".
@@ -58,12 +60,12 @@ bool readStage(Arguments& arguments, wchar_t separator) {
         return false;
     arguments.stage = arguments.staged.substr(0, end);
     arguments.backup = work + separator + L"backup-" + stamp;
-    if (isLinkOrMissing(work))
+    if (isLink(work))
         return false;
     for (std::size_t at = end; at != std::wstring::npos; at = arguments.staged.find(separator, at + 1))
-        if (isLinkOrMissing(arguments.staged.substr(0, at)))
+        if (isLink(arguments.staged.substr(0, at)))
             return false;
-    return true;
+    return !isLink(arguments.staged);
 }
 
 } // namespace
@@ -85,7 +87,11 @@ ExitStatus readArguments(Arguments& arguments) {
     if (separator != L'\\' && separator != L'/')
         return exitBadTarget;
     arguments.folder = arguments.target.substr(0, nameBegins - 1);
-    return readStage(arguments, separator) ? exitReplaced : exitBadStage;
+    if (!readStage(arguments, separator))
+        return exitBadStage;
+    for (std::wstring* path : {&arguments.staged, &arguments.stage, &arguments.backup})
+        *path = withoutLimit(*path);
+    return exitReplaced;
 }
 
 } // namespace ca::helper

@@ -10,7 +10,7 @@ namespace ca::helper {
 
 // The command line
 //   "<helper>" --wait-pid <pid> --replace "<staged>" --target "<target>" --relaunch "<target>"
-// with its paths made absolute.
+// with its paths made absolute; those below the work folder in the form that has no limit of 260 characters.
 struct Arguments {
     DWORD processId = 0; // of the launcher that ends
     std::wstring staged; // the new launcher
@@ -21,7 +21,8 @@ struct Arguments {
 };
 
 // Reads this process's command line. exitReplaced means that `arguments` is complete and may be carried out; anything
-// else says what is wrong with it. Touches no file, but asks whether a link stands on the way to `staged`.
+// else says what is wrong with it. Changes nothing, but asks whether a link stands on the way to `staged`; that it is
+// missing isn't wrong here.
 ExitStatus readArguments(Arguments& arguments);
 
 } // namespace ca::helper

@@ -34,6 +34,15 @@ bool withRetries(Operation operation) {
 
 } // namespace
 
+bool isLink(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool isMissing(const std::wstring& path) {
+    return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
 bool isProgram(const std::wstring& file) {
     DWORD kind = 0;
     return withRetries([&] { return ::GetBinaryTypeW(file.c_str(), &kind) != 0; }) && kind == SCS_64BIT_BINARY;
@@ -42,7 +51,9 @@ bool isProgram(const std::wstring& file) {
 bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name) {
     const std::wstring copy = folder + name;
     ::CreateDirectoryW(folder.c_str(), nullptr); // mostly there already; a failure shows in the next step
-    ::DeleteFileW(copy.c_str());                 // mostly absent
+    if (isLink(folder))
+        return false;
+    ::DeleteFileW(copy.c_str()); // mostly absent
     return withRetries([&] {
         return ::CreateHardLinkW(copy.c_str(), target.c_str(), nullptr) ||
                ::CopyFileW(target.c_str(), copy.c_str(), FALSE);
@@ -71,11 +82,9 @@ bool start(const std::wstring& program, const std::wstring& folder) {
 }
 
 void removeFolder(const std::wstring& folder) {
-    const DWORD attributes = ::GetFileAttributesW(folder.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return;
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
-        const std::wstring inside = folder + L"/";
+    if (!isLink(folder)) {
+        // The limitless form of a path knows one kind of separator alone: the one that the path has.
+        const std::wstring inside = folder + folder.substr(folder.find_last_of(L"/\\"), 1);
         WIN32_FIND_DATAW entry{};
         const HANDLE search = ::FindFirstFileW((inside + L"*").c_str(), &entry);
         if (search != INVALID_HANDLE_VALUE) {

@@ -6,11 +6,19 @@
 
 namespace ca::helper {
 
+// Whether the path itself is a link to somewhere else; a link on the way would let the helper write or delete outside
+// the installation.
+bool isLink(const std::wstring& path);
+
+// Whether nothing stands there. False also when the system doesn't tell.
+bool isMissing(const std::wstring& path);
+
 // A non-empty file that the system recognises as a 64-bit program.
 bool isProgram(const std::wstring& file);
 
 // Makes the old launcher available under a second name, so that replacing the first can't lose it. By a hard link, or
-// by a copy where the volume knows no links. Makes `folder`, and replaces an older file there.
+// by a copy where the volume knows no links. Makes `folder`, which may not be a link, and replaces an
+// older file there.
 bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name);
 
 // Renames `from` over `to`, on one volume: the name `to` means the old file or the new one at every moment.
@@ -19,8 +27,8 @@ bool moveOver(const std::wstring& from, const std::wstring& to);
 // Starts a program of the installation, in its folder, without arguments.
 bool start(const std::wstring& program, const std::wstring& folder);
 
-// Deletes the folder with all that it holds. A link in it is deleted itself and never followed. What can't be deleted
-// stays.
+// Deletes the folder (a full path) with all that it holds. A link in it is deleted itself and never followed. What
+// can't be deleted stays.
 void removeFolder(const std::wstring& folder);
 
 } // namespace ca::helper

@@ -12,7 +12,8 @@ namespace {
 ExitStatus replaceLauncher(const Arguments& arguments) {
     const std::wstring name = arguments.target.substr(arguments.folder.size()); // with its separator in front
     const std::wstring old = arguments.backup + name;
-    if (!keepAside(arguments.target, arguments.backup, name))
+    // A player may have renamed the launcher that is running: then its place is empty.
+    if (!isMissing(arguments.target) && !keepAside(arguments.target, arguments.backup, name))
         return exitNotKept;
     if (!moveOver(arguments.staged, arguments.target))
         return exitNotReplaced;
