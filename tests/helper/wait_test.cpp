@@ -1,0 +1,40 @@
+#include "helper/installation.h"
+#include "helper/wait.h"
+
+#include <unistd.h>
+
+using namespace ca::test;
+
+TEST(HelperWait, EndsWithTheProcessOrAtItsLimit) {
+    Process ended({"true"});
+    ended.wait(std::chrono::seconds(20));
+    EXPECT_TRUE(ca::helper::waitForEnd(static_cast<DWORD>(ended.id()), 0));
+    EXPECT_TRUE(ca::helper::waitForEnd(static_cast<DWORD>(std::stoul(noProcess)), 0));
+    EXPECT_FALSE(ca::helper::waitForEnd(static_cast<DWORD>(::getppid()), 50));
+    Process younger({"sleep", "600"}); // has taken the number of the process that was meant
+    EXPECT_TRUE(ca::helper::waitForEnd(static_cast<DWORD>(younger.id()), 600'000));
+}
+
+TEST(HelperWait, TouchesNothingBefore) {
+    if (!programRunner().empty())
+        GTEST_SKIP() << "Wine gives its processes numbers of their own";
+    const Installation i;
+    Process launcher({"sleep", "600"});
+    auto words = i.arguments();
+    words[1] = std::to_string(launcher.id());
+    const auto before = i.contents();
+    const auto helper = i.begin(words);
+    const fs::path open = "/proc/" + std::to_string(helper->id()) + "/fd";
+    EXPECT_TRUE(eventually([&] {
+        std::error_code ignored;
+        for (const fs::directory_entry& entry : fs::directory_iterator(open, ignored))
+            if (fs::read_symlink(entry.path(), ignored) == "anon_inode:[pidfd]")
+                return true;
+        return false;
+    }));
+    EXPECT_EQ(differing(i.contents(), before), "");
+    EXPECT_FALSE(helper->wait(std::chrono::milliseconds(0)));
+    launcher.stop();
+    EXPECT_EQ(helper->wait(std::chrono::seconds(20)), 0);
+    i.expectStarted("new");
+}
