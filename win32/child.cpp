@@ -9,8 +9,6 @@
 #include <thread>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace ca::win32 {
 
 namespace {
@@ -57,6 +55,7 @@ int startChild(const std::string& program, const std::vector<std::string>& argum
     ::posix_spawnattr_setsigdefault(&attributes.value, &all);
     ::posix_spawnattr_setflags(&attributes.value, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) {
         pointers.push_back(const_cast<char*>(argument.c_str())); // exec takes them so and changes nothing
     }

@@ -121,5 +121,5 @@ HINSTANCE ShellExecuteW(HWND window, LPCWSTR verb, LPCWSTR file, LPCWSTR paramet
         fail(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    return reinterpret_cast<HINSTANCE>(static_cast<std::intptr_t>(execute(verb, file, parameters)));
+    return std::bit_cast<HINSTANCE>(std::intptr_t{execute(verb, file, parameters)});
 }

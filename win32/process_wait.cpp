@@ -28,7 +28,7 @@ public:
 };
 
 // What GetCurrentProcess gives: the same pseudo handle as on Windows.
-const HANDLE currentProcess = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+const HANDLE currentProcess = INVALID_HANDLE_VALUE;
 
 // Ticks since the host's start, the 22nd field of /proc/<pid>/stat; the name in the second one may hold blanks.
 std::optional<unsigned long long> startTicks(DWORD processId) {

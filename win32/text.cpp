@@ -1,5 +1,6 @@
 #include "host.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <cwchar>
@@ -93,7 +94,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount,
         return fail(ERROR_INSUFFICIENT_BUFFER);
     }
     if (byteCount > 0) {
-        std::memcpy(bytes, utf8.data(), utf8.size());
+        std::copy(utf8.begin(), utf8.end(), bytes);
     }
     return static_cast<int>(utf8.size());
 }

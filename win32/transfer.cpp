@@ -1,12 +1,12 @@
 #include "transfer.h"
 
+#include "authorities.h"
 #include "crypto.h"
+#include "curl_result.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstring>
-#include <openssl/ssl.h>
-#include <strings.h>
+#include <chrono>
+#include <new>
 #include <utility>
 #include <winhttp.h>
 
@@ -16,46 +16,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr long socketBufferSize = 128L * 1024; // what libcurl reads at once
-constexpr std::size_t bodyBufferSize =
-    512UL * 1024; // libcurl hands over up to 16 KiB at once and is paused when it is full
-constexpr std::size_t decodedBufferSize = 64UL * 1024;  // a few times a CPU cache's first level
-constexpr std::size_t maximumHeaderBytes = 64UL * 1024; // WinHTTP's default for the headers of one response
-constexpr int maximumRedirects = 10;                    // WinHTTP's default
-constexpr int longestWait = 1000;                       // ms; libcurl's own timers end a wait sooner
-
-struct ResultRow {
-    CURLcode result;
-    DWORD error;
-};
-
-constexpr ResultRow resultTable[] = {
-    {CURLE_UNSUPPORTED_PROTOCOL, ERROR_WINHTTP_INVALID_SERVER_RESPONSE}, // an answer that isn't HTTP
-    {CURLE_URL_MALFORMAT, ERROR_WINHTTP_INVALID_URL},
-    {CURLE_COULDNT_RESOLVE_PROXY, ERROR_WINHTTP_NAME_NOT_RESOLVED},
-    {CURLE_COULDNT_RESOLVE_HOST, ERROR_WINHTTP_NAME_NOT_RESOLVED},
-    {CURLE_COULDNT_CONNECT, ERROR_WINHTTP_CANNOT_CONNECT},
-    {CURLE_WEIRD_SERVER_REPLY, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
-    {CURLE_WRITE_ERROR, ERROR_NOT_ENOUGH_MEMORY}, // only out of memory do the callbacks give up
-    {CURLE_OUT_OF_MEMORY, ERROR_NOT_ENOUGH_MEMORY},
-    {CURLE_OPERATION_TIMEDOUT, ERROR_WINHTTP_TIMEOUT},
-    {CURLE_BAD_FUNCTION_ARGUMENT, ERROR_WINHTTP_INVALID_SERVER_RESPONSE}, // a header field that can't be kept
-    {CURLE_SSL_CONNECT_ERROR, ERROR_WINHTTP_SECURE_FAILURE},
-    {CURLE_GOT_NOTHING, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
-    {CURLE_SEND_ERROR, ERROR_WINHTTP_CONNECTION_ERROR},
-    {CURLE_RECV_ERROR, ERROR_WINHTTP_CONNECTION_ERROR},
-    {CURLE_PEER_FAILED_VERIFICATION, ERROR_WINHTTP_SECURE_FAILURE},
-    {CURLE_SSL_CIPHER, ERROR_WINHTTP_SECURE_FAILURE},
-    {CURLE_SSL_CACERT_BADFILE, ERROR_WINHTTP_SECURE_FAILURE},
-    {CURLE_SSL_INVALIDCERTSTATUS, ERROR_WINHTTP_SECURE_FAILURE},
-    {CURLE_PROXY, ERROR_WINHTTP_CANNOT_CONNECT},
-};
-
-DWORD errorFromResult(CURLcode result) {
-    const auto* row = std::find_if(std::begin(resultTable), std::end(resultTable),
-                                   [&](const ResultRow& candidate) { return candidate.result == result; });
-    return row == std::end(resultTable) ? ERROR_WINHTTP_INTERNAL_ERROR : row->error;
-}
+constexpr long socketPieceSize = 128L * 1024;         // what libcurl reads at once
+constexpr std::size_t maximumHeadBytes = 64UL * 1024; // WinHTTP's default for the head of one response
+constexpr int maximumRedirects = 10;                  // WinHTTP's default
+constexpr int longestWait = 1000;                     // ms; libcurl's own timers end a wait sooner
 
 void startCurl() {
     [[maybe_unused]] static const CURLcode started = [] {
@@ -64,57 +28,12 @@ void startCurl() {
     }();
 }
 
-// The host's authorities, read once per process and shared by all connections; each of them would otherwise parse some
-// hundred certificates. Never freed.
-CURLcode useAuthorities(CURL*, void* context, void*) {
-    static X509_STORE* const store = [] {
-        X509_STORE* made = ::X509_STORE_new();
-        if (made != nullptr) {
-            ::X509_STORE_set_default_paths(made);
-        }
-        return made;
-    }();
-    if (store == nullptr) {
-        return CURLE_OUT_OF_MEMORY;
-    }
-    ::SSL_CTX_set1_cert_store(static_cast<SSL_CTX*>(context), store);
-    return CURLE_OK;
-}
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-bool isNamed(std::string_view text, std::string_view name) {
-    return text.size() == name.size() && ::strncasecmp(text.data(), name.data(), name.size()) == 0;
-}
-
-// The address that `location` means when it comes from `base`, without user and password; empty unless it is http or
-// https.
-std::string resolve(const std::string& base, const std::string& location) {
-    const std::unique_ptr<CURLU, decltype(&::curl_url_cleanup)> url(::curl_url(), &::curl_url_cleanup);
-    char* text = nullptr;
-    if (!url || ::curl_url_set(url.get(), CURLUPART_URL, base.c_str(), 0) != CURLUE_OK ||
-        ::curl_url_set(url.get(), CURLUPART_URL, location.c_str(), CURLU_URLENCODE) != CURLUE_OK ||
-        ::curl_url_set(url.get(), CURLUPART_USER, nullptr, 0) != CURLUE_OK ||
-        ::curl_url_set(url.get(), CURLUPART_PASSWORD, nullptr, 0) != CURLUE_OK ||
-        ::curl_url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) {
-        return {};
-    }
-    const std::string resolved = text;
-    ::curl_free(text);
-    return resolved.starts_with("http://") || resolved.starts_with("https://") ? resolved : std::string();
-}
-
 curl_off_t bytesMoved(CURL* easy) {
-    curl_off_t body = 0;
-    long head = 0;
-    ::curl_easy_getinfo(easy, CURLINFO_SIZE_DOWNLOAD_T, &body);
-    ::curl_easy_getinfo(easy, CURLINFO_HEADER_SIZE, &head);
-    return body + head;
+    curl_off_t inBody = 0;
+    long inHead = 0;
+    ::curl_easy_getinfo(easy, CURLINFO_SIZE_DOWNLOAD_T, &inBody);
+    ::curl_easy_getinfo(easy, CURLINFO_HEADER_SIZE, &inHead);
+    return inBody + inHead;
 }
 
 } // namespace
@@ -124,26 +43,22 @@ Transfer::Transfer(TransferSettings chosen) : settings(std::move(chosen)) {
 }
 
 Transfer::~Transfer() {
-    stop();
+    if (easy != nullptr && multi != nullptr) {
+        ::curl_multi_remove_handle(multi, easy);
+    }
     if (easy != nullptr) {
         ::curl_easy_cleanup(easy);
     }
     if (multi != nullptr) {
         ::curl_multi_cleanup(multi);
     }
-    ::curl_slist_free_all(headers);
+    ::curl_slist_free_all(fields);
 }
 
 bool Transfer::fail(DWORD number) {
     failure = number;
     ended = true;
     return false;
-}
-
-void Transfer::stop() {
-    if (easy != nullptr && multi != nullptr) {
-        ::curl_multi_remove_handle(multi, easy);
-    }
 }
 
 bool Transfer::configure() {
@@ -154,14 +69,14 @@ bool Transfer::configure() {
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     set(CURLOPT_PATH_AS_IS, 1L);
     set(CURLOPT_USERAGENT, settings.userAgent.c_str());
-    set(CURLOPT_BUFFERSIZE, socketBufferSize);
+    set(CURLOPT_BUFFERSIZE, socketPieceSize);
     set(CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeout);
-    // The length of a body is counted here: Windows takes a body cut short for a whole one, and a length it can't read
+    // The size of a body is counted here: Windows takes a body cut short for a whole one, and a length it can't read
     // for none. Codings are undone here, because libcurl keeps all that one read decodes to while it is paused.
     set(CURLOPT_IGNORE_CONTENT_LENGTH, 1L);
     set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    set(CURLOPT_HEADERFUNCTION, &Transfer::onHeader);
+    set(CURLOPT_HEADERFUNCTION, &Transfer::onHeaderLine);
     set(CURLOPT_HEADERDATA, static_cast<void*>(this));
     set(CURLOPT_WRITEFUNCTION, &Transfer::onBody);
     set(CURLOPT_WRITEDATA, static_cast<void*>(this));
@@ -172,31 +87,30 @@ bool Transfer::configure() {
     if (!settings.proxyFromEnvironment) {
         set(CURLOPT_PROXY, "");
     }
-    // A libcurl on another TLS library refuses the function, and then reads the authorities by itself.
-    if (::curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &useAuthorities) == CURLE_OK) {
-        set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
-        set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-    }
-    std::string encodings = "Accept-Encoding: ";
-    encodings += (settings.decompression & WINHTTP_DECOMPRESSION_FLAG_GZIP) != 0 ? "gzip" : "";
-    encodings += settings.decompression == WINHTTP_DECOMPRESSION_FLAG_ALL ? ", " : "";
-    encodings += (settings.decompression & WINHTTP_DECOMPRESSION_FLAG_DEFLATE) != 0 ? "deflate" : "";
-    // The header fields that WinHTTP sends, and not libcurl's "Accept".
-    for (const char* line :
-         {"Accept:", "Connection: Keep-Alive", settings.decompression == 0 ? "" : encodings.c_str()}) {
-        curl_slist* longer = *line == '\0' ? headers : ::curl_slist_append(headers, line);
+    useHostAuthorities(easy);
+    return setHeaderFields();
+}
+
+// The fields that WinHTTP sends, and not libcurl's "Accept".
+bool Transfer::setHeaderFields() {
+    constexpr const char* encodings[] = {"", "Accept-Encoding: gzip", "Accept-Encoding: deflate",
+                                         "Accept-Encoding: gzip, deflate"};
+    for (const char* field : {"Accept:", "Connection: Keep-Alive", encodings[settings.decompression]}) {
+        curl_slist* longer = *field == '\0' ? fields : ::curl_slist_append(fields, field);
         if (longer == nullptr) {
             return fail(ERROR_NOT_ENOUGH_MEMORY);
         }
-        headers = longer;
+        fields = longer;
     }
-    set(CURLOPT_HTTPHEADER, headers);
+    ::curl_easy_setopt(easy, CURLOPT_HTTPHEADER, fields);
     return true;
 }
 
 bool Transfer::start() {
-    response = {};
-    sent = false;
+    head = {};
+    body = {};
+    headBytes = 0;
+    sent = paused = ended = false;
     if (::curl_easy_setopt(easy, CURLOPT_URL, settings.url.c_str()) != CURLE_OK ||
         ::curl_multi_add_handle(multi, easy) != CURLM_OK) {
         return fail(ERROR_NOT_ENOUGH_MEMORY);
@@ -214,11 +128,11 @@ bool Transfer::send() {
 }
 
 bool Transfer::receive() {
-    for (int redirects = 0; pump([this] { return response.complete; }); ++redirects) {
-        if (!response.complete) {
+    for (int redirects = 0; pump([this] { return head.complete(); }); ++redirects) {
+        if (!head.complete()) {
             return fail(ERROR_WINHTTP_INVALID_SERVER_RESPONSE);
         }
-        if (!isRedirect()) {
+        if (!isToBeFollowed()) {
             return true;
         }
         if (redirects == maximumRedirects) {
@@ -231,32 +145,21 @@ bool Transfer::receive() {
     return false;
 }
 
-bool Transfer::isRedirect() const {
-    switch (response.status) {
-    case 301:
-    case 302:
-    case 303:
-    case 307:
-    case 308:
-        break;
-    default:
+bool Transfer::isToBeFollowed() const {
+    if (head.redirect().empty() || settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_NEVER) {
         return false;
     }
-    const bool intoTheOpen =
-        settings.url.starts_with("https:") && !resolve(settings.url, response.location).starts_with("https:");
-    return !response.location.empty() && settings.redirectPolicy != WINHTTP_OPTION_REDIRECT_POLICY_NEVER &&
-           (!intoTheOpen || settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS);
+    return settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS || settings.url.starts_with("http:") ||
+           !resolveLocation(settings.url, head.redirect()).starts_with("http:");
 }
 
 // The body of the answer that redirects isn't waited for: its connection ends here.
 bool Transfer::follow() {
-    settings.url = resolve(settings.url, response.location);
+    settings.url = resolveLocation(settings.url, head.redirect());
     if (settings.url.empty()) {
         return fail(ERROR_WINHTTP_REDIRECT_FAILED);
     }
-    stop();
-    receivedBegin = receivedEnd = 0;
-    paused = ended = false;
+    ::curl_multi_remove_handle(multi, easy);
     return start();
 }
 
@@ -299,143 +202,68 @@ bool Transfer::collectResult() {
     int left = 0;
     const CURLMsg* message = ::curl_multi_info_read(multi, &left);
     const CURLcode result = message == nullptr ? CURLE_OK : message->data.result;
-    if (result == CURLE_OK || (result == CURLE_PARTIAL_FILE && response.complete)) {
+    if (result == CURLE_OK || (result == CURLE_PARTIAL_FILE && head.complete())) {
         return true;
     }
     return failure == ERROR_SUCCESS ? fail(errorFromResult(result)) : false;
 }
 
+bool Transfer::resume() {
+    paused = false;
+    const CURLcode result = ::curl_easy_pause(easy, CURLPAUSE_CONT); // which may hand over bytes at once
+    return result == CURLE_OK || fail(errorFromResult(result));
+}
+
 bool Transfer::available(std::span<const char>& bytes) {
     for (;;) {
-        if (inflater == nullptr) {
-            bytes = {received.get() + receivedBegin, receivedEnd - receivedBegin};
-        } else {
-            if (decodedBegin == decodedEnd) {
-                std::span<const char> input(received.get() + receivedBegin, receivedEnd - receivedBegin);
-                bool sound = true;
-                decodedBegin = 0;
-                decodedEnd = inflater->decode(input, {decoded.get(), decodedBufferSize}, sound);
-                receivedBegin = receivedEnd - input.size();
-                if (!sound && decodedEnd == 0) {
-                    return fail(ERROR_WINHTTP_INVALID_SERVER_RESPONSE);
-                }
-            }
-            bytes = {decoded.get() + decodedBegin, decodedEnd - decodedBegin};
-        }
+        bool sound = true;
+        bytes = body.front(sound);
         if (!bytes.empty()) {
             return true;
         }
-        receivedBegin = receivedEnd = 0;
+        if (!sound) {
+            return fail(ERROR_WINHTTP_INVALID_SERVER_RESPONSE);
+        }
         if (failure != ERROR_SUCCESS) {
             return false;
         }
-        if (bodyEnded() && !paused) {
+        if (!paused && (ended || body.whole())) {
             return true;
         }
-        if (paused) {
-            paused = false;
-            const CURLcode resumed = ::curl_easy_pause(easy, CURLPAUSE_CONT);
-            if (resumed != CURLE_OK) {
-                return fail(errorFromResult(resumed));
-            }
-        }
-        if (!pump([this] { return receivedEnd > 0 || bodyEnded(); }) && receivedEnd == 0) {
-            return false;
+        if (!paused || resume()) {
+            pump([this] { return body.holds() || body.whole(); }); // a failure shows behind the bytes before it
         }
     }
 }
 
-void Transfer::consume(std::size_t count) {
-    (inflater == nullptr ? receivedBegin : decodedBegin) += count;
-}
-
-void Transfer::takeHeader(std::string_view line) {
-    if (line.starts_with("HTTP/")) {
-        const std::size_t bytesBefore = response.headerBytes;
-        response = {};
-        response.headerBytes = bytesBefore;
-    }
-    if (trimmed(line).empty()) {
-        finishHeaders();
+void Transfer::takeHeaderLine(std::string_view line) {
+    if (line != "\r\n" && line != "\n") {
+        head.takeLine(line);
         return;
     }
-    const std::size_t colon = line.find(':');
-    if (colon == std::string_view::npos) {
-        return;
+    long status = 0;
+    ::curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    head.finish(status);
+    if (head.complete()) {
+        const DWORD flag =
+            head.coding() == Coding::gzip ? WINHTTP_DECOMPRESSION_FLAG_GZIP : WINHTTP_DECOMPRESSION_FLAG_DEFLATE;
+        body = Body(head.bodySize(), (settings.decompression & flag) != 0 ? head.coding() : Coding::none);
     }
-    const std::string_view name = line.substr(0, colon);
-    const std::string_view value = trimmed(line.substr(colon + 1));
-    if (isNamed(name, "Content-Length")) {
-        response.lengthText = value;
-    } else if (isNamed(name, "Content-Encoding")) {
-        response.coding = codingNamed(value);
-    } else if (isNamed(name, "Transfer-Encoding")) {
-        response.chunked = true;
-    } else if (isNamed(name, "Location")) {
-        response.location = value;
-    }
-}
-
-void Transfer::finishHeaders() {
-    ::curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &response.status);
-    // Continue, Processing and Early Hints come before the answer proper. Any other 1xx is one, without a body.
-    if (response.status == 100 || response.status == 102 || response.status == 103) {
-        return;
-    }
-    response.complete = true;
-    const std::string_view length = response.lengthText ? std::string_view(*response.lengthText) : std::string_view();
-    curl_off_t number = 0;
-    const auto parsed = std::from_chars(length.data(), length.data() + length.size(), number);
-    if (response.status < 200) {
-        response.bytesLeft = 0;
-    } else if (!response.chunked && !length.empty() && parsed.ec == std::errc() && number >= 0 &&
-               parsed.ptr == length.data() + length.size()) {
-        response.bytesLeft = number;
-    }
-    const DWORD flag =
-        response.coding == Coding::gzip ? WINHTTP_DECOMPRESSION_FLAG_GZIP : WINHTTP_DECOMPRESSION_FLAG_DEFLATE;
-    if (response.coding != Coding::none && (settings.decompression & flag) != 0) {
-        inflater = std::make_unique<Inflater>(response.coding);
-        decoded = std::make_unique_for_overwrite<char[]>(decodedBufferSize);
-    } else {
-        inflater = nullptr;
-    }
-}
-
-std::size_t Transfer::takeBody(std::string_view bytes) {
-    const std::size_t handed = bytes.size();
-    if (response.bytesLeft) {
-        bytes = bytes.substr(
-            0, static_cast<std::size_t>(std::min<curl_off_t>(*response.bytesLeft, static_cast<curl_off_t>(handed))));
-    }
-    if (received == nullptr) {
-        received = std::make_unique_for_overwrite<char[]>(bodyBufferSize);
-    }
-    if (receivedEnd + bytes.size() > bodyBufferSize) {
-        paused = true;
-        return CURL_WRITEFUNC_PAUSE;
-    }
-    std::memcpy(received.get() + receivedEnd, bytes.data(), bytes.size());
-    receivedEnd += bytes.size();
-    if (response.bytesLeft) {
-        *response.bytesLeft -= static_cast<curl_off_t>(bytes.size());
-    }
-    return handed;
 }
 
 // libcurl is C: nothing may be thrown through it. 0 bytes taken ends the transfer.
-std::size_t Transfer::onHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
+std::size_t Transfer::onHeaderLine(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& transfer = *static_cast<Transfer*>(self);
-    if (transfer.response.complete) {
+    if (transfer.head.complete()) {
         return size * count; // the trailer of a chunked body
     }
-    transfer.response.headerBytes += size * count;
-    if (transfer.response.headerBytes > maximumHeaderBytes) {
+    transfer.headBytes += size * count;
+    if (transfer.headBytes > maximumHeadBytes) {
         transfer.failure = ERROR_WINHTTP_HEADER_SIZE_OVERFLOW;
         return 0;
     }
     try {
-        transfer.takeHeader({bytes, size * count});
+        transfer.takeHeaderLine({bytes, size * count});
     } catch (const std::bad_alloc&) {
         return 0;
     }
@@ -443,11 +271,13 @@ std::size_t Transfer::onHeader(char* bytes, std::size_t size, std::size_t count,
 }
 
 std::size_t Transfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+    auto& transfer = *static_cast<Transfer*>(self);
     try {
-        return static_cast<Transfer*>(self)->takeBody({bytes, size * count});
+        transfer.paused = !transfer.body.take({bytes, size * count});
     } catch (const std::bad_alloc&) {
         return 0;
     }
+    return transfer.paused ? CURL_WRITEFUNC_PAUSE : size * count;
 }
 
 int Transfer::onSend(void* self, char*, char*, int, int) {

@@ -2,12 +2,11 @@
 // size, however long the body and however slow its reader.
 #pragma once
 
-#include "inflate.h"
+#include "body.h"
+#include "response_head.h"
 
-#include <chrono>
 #include <curl/curl.h>
 #include <memory>
-#include <optional>
 #include <string>
 #include <windows.h>
 
@@ -35,60 +34,40 @@ public:
 
     // Connects and sends the request.
     bool send();
-    // Waits for the final response's headers, following redirects.
+    // Waits for the final response's head, following redirects.
     bool receive();
     // Waits until bytes of the body are there; empty at its end.
     bool available(std::span<const char>& bytes);
     // Drops bytes that available() showed.
-    void consume(std::size_t count);
+    void consume(std::size_t count) { body.drop(count); }
 
-    long status() const { return response.status; }
-    const std::optional<std::string>& contentLength() const { return response.lengthText; }
+    const ResponseHead& response() const { return head; }
     DWORD error() const { return failure; }
 
 private:
-    struct Response {
-        long status = 0;
-        std::size_t headerBytes = 0;
-        std::optional<std::string> lengthText;
-        std::optional<curl_off_t> bytesLeft; // of a body whose length is known; nothing beyond it belongs to the body
-        std::string location;
-        Coding coding = Coding::none;
-        bool chunked = false;
-        bool complete = false; // headers are
-    };
-
-    bool start();
     bool configure();
+    bool setHeaderFields();
+    bool start();
+    bool isToBeFollowed() const;
     bool follow();
-    bool isRedirect() const;
     template <class Condition>
     bool pump(Condition condition);
     bool collectResult();
+    bool resume();
     bool fail(DWORD number);
-    void stop();
 
-    void takeHeader(std::string_view line);
-    void finishHeaders();
-    std::size_t takeBody(std::string_view bytes);
-    bool bodyEnded() const { return ended || response.bytesLeft == 0; }
-
-    static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+    void takeHeaderLine(std::string_view line);
+    static std::size_t onHeaderLine(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
     static int onSend(void* self, char* address, char* localAddress, int port, int localPort);
 
     TransferSettings settings;
     CURL* easy = nullptr;
     CURLM* multi = nullptr;
-    curl_slist* headers = nullptr;
-    Response response;
-    std::unique_ptr<Inflater> inflater;
-    std::unique_ptr<char[]> received; // the body as it came
-    std::unique_ptr<char[]> decoded;
-    std::size_t receivedBegin = 0;
-    std::size_t receivedEnd = 0;
-    std::size_t decodedBegin = 0;
-    std::size_t decodedEnd = 0;
+    curl_slist* fields = nullptr;
+    ResponseHead head;
+    Body body;
+    std::size_t headBytes = 0;
     DWORD failure = ERROR_SUCCESS;
     bool sent = false;
     bool paused = false; // libcurl holds bytes back until there is room

@@ -16,6 +16,7 @@
 //  - Sharing modes are accepted and not enforced: no file is ever locked against another process.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -44,16 +45,16 @@ using LPWSTR = wchar_t*;
 using LPCWSTR = const wchar_t*;
 
 using HANDLE = void*;
-struct HINSTANCE__;
-using HINSTANCE = HINSTANCE__*;
+struct InstanceTag;
+using HINSTANCE = InstanceTag*;
 using HMODULE = HINSTANCE;
-struct HWND__;
-using HWND = HWND__*;
+struct WindowTag;
+using HWND = WindowTag*;
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
 inline constexpr DWORD MAX_PATH = 260;
-inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+inline const HANDLE INVALID_HANDLE_VALUE = std::bit_cast<HANDLE>(~std::uintptr_t{0});
 
 // Error numbers (winerror.h).
 inline constexpr DWORD ERROR_SUCCESS = 0;

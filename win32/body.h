@@ -1,0 +1,45 @@
+// The body of a response on its way from libcurl to the reader, in memory of fixed size.
+#pragma once
+
+#include "inflate.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace ca::win32 {
+
+class Body {
+public:
+    Body() = default;
+    // `size` is that of the bytes to come, if it is known; `coding` is undone.
+    Body(std::optional<std::uint64_t> size, Coding coding);
+
+    // Keeps bytes that have come, without what lies beyond the body's size. False, and none kept, if there is no room.
+    // Throws std::bad_alloc.
+    bool take(std::span<const char> bytes);
+
+    // Bytes for the reader, valid until the next call; empty if more have to come first. False in `sound`: they can't
+    // be decoded.
+    std::span<const char> front(bool& sound);
+    // Drops bytes that front() showed.
+    void drop(std::size_t count);
+
+    // Whether all bytes of a body of known size have come.
+    bool whole() const { return bytesLeft == 0; }
+    // Whether take() has kept bytes that front() hasn't used up.
+    bool holds() const { return receivedBegin < receivedEnd; }
+
+private:
+    std::optional<std::uint64_t> bytesLeft;
+    std::unique_ptr<Inflater> inflater;
+    std::unique_ptr<char[]> received;
+    std::unique_ptr<char[]> decoded;
+    std::size_t receivedBegin = 0;
+    std::size_t receivedEnd = 0;
+    std::size_t decodedBegin = 0;
+    std::size_t decodedEnd = 0;
+};
+
+} // namespace ca::win32
