@@ -110,6 +110,23 @@ void writeRelease(const fs::path& tree, const fs::path& programs) {
     writeIcon(tree / "assets/launcher/cold_anchor_launcher.png", 256);
 }
 
+const char* nextReleaseNotes() {
+    return "Cold Anchor v1.4.3\n"
+           "LAUNCHER\n"
+           "- A new launcher takes the place of the old one and starts by itself; its version stands at the bottom.\n"
+           "ADDED\n"
+           "- Cold Harbour 7: the ice road, open while the sea is frozen.\n";
+}
+
+void writeNextRelease(const fs::path& nextTree, const fs::path& tree, const fs::path& programs) {
+    fs::copy(tree, nextTree, fs::copy_options::recursive | fs::copy_options::create_hard_links);
+    for (const char* changed : {"ColdAnchorLauncher.exe", "data/patch_notes.txt"})
+        fs::remove(nextTree / changed); // the first release keeps its own
+    fs::copy_file(programs / "next/ColdAnchorLauncher.exe", nextTree / "ColdAnchorLauncher.exe");
+    writeText(nextTree / "data/patch_notes.txt", nextReleaseNotes());
+    writeNoise(nextTree, "data/Maps/Cold Harbour 7.pak", 12'000'000);
+}
+
 void writeInstallation(const fs::path& installation, const fs::path& tree, const fs::path& publicKey) {
     fs::copy(tree, installation, fs::copy_options::recursive);
     for (const char* damaged : {"data/Maps/Cold Harbour 2.pak", "data/Maps/Größe XL/Nordmole 3.pak",
