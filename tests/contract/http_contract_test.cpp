@@ -88,19 +88,13 @@ std::string get(const std::string& url) {
     return result;
 }
 
-std::string web(const std::string& path) {
-    return "http://127.0.0.1:" + setting("WEB_PORT") + path;
-}
-std::string tls(const char* port, const char* path) {
-    return "https://127.0.0.1:" + setting(port) + path;
-}
-std::string own(const std::string& path) {
-    return "http://127.0.0.1:" + setting("RAW_PORT") + path;
+std::string at(const char* port, const std::string& path) {
+    return (std::string(port).starts_with("TLS") ? "https://127.0.0.1:" : "http://127.0.0.1:") + setting(port) + path;
 }
 
 // The address at which the answer waits; "\n" in it stands for CR LF.
 std::string raw(const std::string& answer, const std::string& verb = "raw") {
-    std::string url = own("/" + verb + "/");
+    std::string url = at("RAW_PORT", "/" + verb + "/");
     for (const char character : answer)
         for (const char byte : character == '\n' ? std::string("\r\n") : std::string(1, character))
             url += {'%', "0123456789ABCDEF"[byte >> 4 & 15], "0123456789ABCDEF"[byte & 15]};
@@ -116,9 +110,10 @@ struct Row {
     std::string expected;
 };
 
+// A row names an address, or else an answer to be sent.
 void expectAnswers(std::initializer_list<Row> rows) {
     for (const Row& row : rows)
-        EXPECT_EQ(get(row.url), row.expected) << row.url;
+        EXPECT_EQ(get(row.url.starts_with("http") ? row.url : raw(row.url)), row.expected) << row.url;
 }
 
 } // namespace
@@ -148,50 +143,41 @@ TEST(Url, IsTakenApartOrRefused) { // into port, host and path, or with an error
 const std::string ok = "HTTP/1.1 200 OK\nConnection: close\n";
 
 TEST(Http, EndsBodiesWhereTheyEnd) {
-    expectAnswers({{raw(ok + "Content-Length: 5\n\nhello"), "200 5 hello"},
-                   {raw(ok + "\nhello"), "200 - hello"},
-                   {raw(ok + "Content-Length: 0\n\n"), "200 0 "},
-                   {raw("HTTP/1.0 200 OK\n\nhello"), "200 - hello"},
-                   {raw(ok + "Content-Length: 50\n\ncut short"), "200 50 cut short"},
-                   {raw(ok + "Transfer-Encoding: chunked\n\n5;x=1\nhello\n1\n!\n0\nA: b\n\n"), "200 - hello!"},
-                   {raw(ok + "Transfer-Encoding: chunked\n\n5\ncut"), "200 - cut"},
-                   {raw(ok + "Content-Length: 5\n\nhello", "hold"), "200 5 hello"},
-                   {raw(ok + "Content-Length: abc\n\nhello"), "200 abc hello", "200 abc "}});
+    expectAnswers({Row(ok + "Content-Length: 5\n\nhello", "200 5 hello"), Row(ok + "\nhello", "200 - hello"),
+                   Row(ok + "Content-Length: 0\n\n", "200 0 "), Row("HTTP/1.0 200 OK\n\nhello", "200 - hello"),
+                   Row(ok + "Content-Length: 50\n\ncut short", "200 50 cut short"),
+                   Row(ok + "Transfer-Encoding: chunked\n\n5;x=1\nhello\n1\n!\n0\nA: b\n\n", "200 - hello!"),
+                   Row(ok + "Transfer-Encoding: chunked\n\n5\ncut", "200 - cut"),
+                   Row(raw(ok + "Content-Length: 5\n\nhello", "hold"), "200 5 hello"),
+                   Row(ok + "Content-Length: abc\n\nhello", "200 abc hello", "200 abc ")});
 }
 
 TEST(Http, GivesTheStatusOfTheLastAnswer) {
     const std::string end = "Location: /chain/0/x\nConnection: close\nContent-Length: 0\n\n";
     const auto to = [](const std::string& place) {
-        return raw("HTTP/1.1 302 F\nConnection: close\nLocation: " + place + "\n\n");
+        return "HTTP/1.1 302 F\nConnection: close\nLocation: " + place + "\n\n";
     };
-    expectAnswers({{raw("HTTP/1.1 199 Odd\n\n"), "199 - "},
-                   {raw("HTTP/1.1 204 None\n\n"), "204 - "},
-                   {raw("HTTP/1.1 299 Odd\n\nok"), "299 - ok"},
-                   {raw("HTTP/1.1 300 Many\n" + end), "300 0 "},
-                   {raw("HTTP/1.1 503 Busy\n\nno"), "503 - no"},
-                   {raw("HTTP/1.1 301 Moved\n" + end), "200 3 end"},
-                   {raw("HTTP/1.1 307 Moved\n" + end), "200 3 end"},
-                   {raw("HTTP/1.1 305 Proxy\n" + end), "305 0 "},
-                   {to(own("/chain/0/x")), "200 3 end"},
-                   {own("/chain/10/x"), "200 3 end"},
-                   {own("/chain/11/x"), "receive 12156"},
-                   {web("/loop"), "receive 12156"},
+    expectAnswers({Row("HTTP/1.1 199 Odd\n\n", "199 - "), Row("HTTP/1.1 204 None\n\n", "204 - "),
+                   Row("HTTP/1.1 299 Odd\n\nok", "299 - ok"), Row("HTTP/1.1 300 Many\n" + end, "300 0 "),
+                   Row("HTTP/1.1 503 Busy\n\nno", "503 - no"), Row("HTTP/1.1 301 Moved\n" + end, "200 3 end"),
+                   Row("HTTP/1.1 307 Moved\n" + end, "200 3 end"), Row("HTTP/1.1 305 Proxy\n" + end, "305 0 "),
+                   Row(to(at("RAW_PORT", "/chain/0/x")), "200 3 end"), Row(at("RAW_PORT", "/chain/10/x"), "200 3 end"),
+                   Row(at("RAW_PORT", "/chain/11/x"), "receive 12156"), Row(at("WEB_PORT", "/loop"), "receive 12156"),
                    // Wine 8 follows neither 303 nor 308, takes "ftp" for a folder and misses what comes behind 100.
-                   {raw("HTTP/1.1 303 See\n" + end), "200 3 end", "303 0 "},
-                   {raw("HTTP/1.1 308 Moved\n" + end), "200 3 end", "308 0 "},
-                   {to("ftp://127.0.0.1/"), "receive 12156", "receive 12152"},
-                   {raw("HTTP/1.1 100 Continue\n\n" + ok + "\nok"), "200 - ok", "receive 12152"}});
+                   Row("HTTP/1.1 303 See\n" + end, "200 3 end", "303 0 "),
+                   Row("HTTP/1.1 308 Moved\n" + end, "200 3 end", "308 0 "),
+                   Row(to("ftp://127.0.0.1/"), "receive 12156", "receive 12152"),
+                   Row("HTTP/1.1 100 Continue\n\n" + ok + "\nok", "200 - ok", "receive 12152")});
 }
 
 TEST(Http, FailsWithWindowsNumbers) {
     // Wine 8 has one number for every failed handshake, and takes its authorities from its host alone.
-    expectAnswers({{raw("hello\n\n"), "receive 12152"},
-                   {raw(""), "receive 12152"},
-                   {"http://127.0.0.1:1/", "send 12029"},
-                   {"http://" + std::string(64, 'a') + ".invalid/", "send 12007"},
-                   {tls("STRANGER_PORT", "/"), "send 12175", "send 12157"},
-                   {tls("TLS13_PORT", "/down"), "send 12175", "send 12157"},
-                   {tls("TLS_PORT", "/down"), "200 3 end", "send 12157"}});
+    expectAnswers({Row("hello\n\n", "receive 12152"), Row("", "receive 12152"),
+                   Row("http://127.0.0.1:1/", "send 12029"),
+                   Row("http://" + std::string(64, 'a') + ".invalid/", "send 12007"),
+                   Row(at("TLS_STRANGER_PORT", "/"), "send 12175", "send 12157"),
+                   Row(at("TLS13_PORT", "/down"), "send 12175", "send 12157"),
+                   Row(at("TLS_PORT", "/down"), "200 3 end", "send 12157")});
     const std::string broken = get(raw("", "reset")); // for which Wine 8 tells now WinSock's number, now 12152
     EXPECT_TRUE(broken == "receive 12030" || (onWindows && broken.starts_with("receive 1"))) << broken;
 }
@@ -201,13 +187,13 @@ TEST(Http, UndoesCodings) { // which Wine 8 leaves alone
     const std::string bare("\xcb\x48\xcd\xc9\xc9\7\0", 7);
     const std::string zlib = "\x78\x9c" + bare + std::string("\6\x2c\2\x15", 4);
     expectAnswers(
-        {{raw(ok + "Content-Encoding: gzip\nContent-Length: 25\n\n" + gzip), "200 25 hello", "200 25 " + gzip},
-         {raw(ok + "Content-Encoding: gzip\n\n" + gzip + gzip), "200 - hellohello", "200 - " + gzip + gzip},
-         {raw(ok + "Content-Encoding: gzip\n\n" + gzip.substr(0, 14)), "200 - hel", "200 - " + gzip.substr(0, 14)},
-         {raw(ok + "Content-Encoding: deflate\n\n" + zlib), "200 - hello", "200 - " + zlib},
-         {raw(ok + "Content-Encoding: deflate\n\n" + bare), "200 - hello", "200 - " + bare},
-         {raw(ok + "Content-Encoding: gzip\n\nhello"), "200 -  read 12152", "200 - hello"},
-         {raw(ok + "Content-Encoding: br\n\nhello"), "200 - hello"}});
+        {Row(ok + "Content-Encoding: gzip\nContent-Length: 25\n\n" + gzip, "200 25 hello", "200 25 " + gzip),
+         Row(ok + "Content-Encoding: gzip\n\n" + gzip + gzip, "200 - hellohello", "200 - " + gzip + gzip),
+         Row(ok + "Content-Encoding: gzip\n\n" + gzip.substr(0, 14), "200 - hel", "200 - " + gzip.substr(0, 14)),
+         Row(ok + "Content-Encoding: deflate\n\n" + zlib, "200 - hello", "200 - " + zlib),
+         Row(ok + "Content-Encoding: deflate\n\n" + bare, "200 - hello", "200 - " + bare),
+         Row(ok + "Content-Encoding: gzip\n\nhello", "200 -  read 12152", "200 - hello"),
+         Row(ok + "Content-Encoding: br\n\nhello", "200 - hello")});
 }
 
 TEST(Http, ReadsLongBodiesFromARealServer) {
@@ -215,12 +201,12 @@ TEST(Http, ReadsLongBodiesFromARealServer) {
     for (int number = 1; number <= 300000; ++number)
         numbers += std::to_string(number) + "\n";
     const std::string whole = std::to_string(numbers.size()) + " " + numbers;
-    EXPECT_TRUE(get(web("/plain/numbers.txt")) == "200 " + whole);
-    EXPECT_TRUE(get(web("/packed/numbers.txt")) == "200 " + (onWindows ? whole : "- " + numbers));
+    EXPECT_TRUE(get(at("WEB_PORT", "/plain/numbers.txt")) == "200 " + whole);
+    EXPECT_TRUE(get(at("WEB_PORT", "/packed/numbers.txt")) == "200 " + (onWindows ? whole : "- " + numbers));
 }
 
 TEST(Http, SendsThePathEscapedAndFewHeaderFields) {
-    const std::string sent = get(own("/echo/ x/é€/%41%zz/../a//b;~!$&'()*+,=:@?q=\"1\"<>\\^`{|}[]"));
+    const std::string sent = get(at("RAW_PORT", "/echo/ x/é€/%41%zz/../a//b;~!$&'()*+,=:@?q=\"1\"<>\\^`{|}[]"));
     for (const char* text :
          {" /echo/%20x/%C3%A9%E2%82%AC/%41%zz/../a//b;~!$&'()*+,=:@?q=%221%22%3C%3E%5C%5E%60%7B%7C%7D%5B%5D "
           "HTTP/1.1\r\n",

@@ -6,7 +6,7 @@
 //
 // Where the layer differs from Windows on purpose:
 //  - The memory handed to BCryptCreateHash is checked for its size and not used.
-//  - A key whose exponent OpenSSL couldn't compute with is refused at the import, not at the first use.
+//  - A key that could verify nothing (even modulus, even exponent) or anything (exponent 1) is refused at the import.
 #pragma once
 
 #include <windows.h>
@@ -57,8 +57,9 @@ NTSTATUS BCryptHashData(BCRYPT_HASH_HANDLE hash, PUCHAR input, ULONG size, ULONG
 NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, PUCHAR output, ULONG size, ULONG flags);
 NTSTATUS BCryptDestroyHash(BCRYPT_HASH_HANDLE hash);
 
-// A public key from an "RSAPUBLICBLOB" (another type is STATUS_NOT_SUPPORTED). A blob whose lengths don't add up, with
-// another magic, or whose key is out of CNG's bounds is STATUS_INVALID_PARAMETER.
+// A public key from an "RSAPUBLICBLOB" (another type is STATUS_NOT_SUPPORTED). Refused with STATUS_INVALID_PARAMETER:
+// another magic, lengths that don't add up, a modulus of fewer than 512 or more than 16384 bits, and an exponent of
+// more than 64 bits, which CNG takes no longer since Windows 10 version 1903.
 NTSTATUS BCryptImportKeyPair(BCRYPT_ALG_HANDLE algorithm, BCRYPT_KEY_HANDLE importKey, LPCWSTR blobType,
                              BCRYPT_KEY_HANDLE* key, PUCHAR input, ULONG size, ULONG flags);
 

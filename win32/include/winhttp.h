@@ -111,8 +111,9 @@ BOOL WinHttpSetOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size);
 HINTERNET WinHttpConnect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DWORD reserved);
 
 // Prepares a request. Only "GET" (also by null), the default version, no referrer, the default accept types, flags 0 or
-// WINHTTP_FLAG_SECURE. In `path`, which holds the query too, blanks and characters beyond ASCII go out percent-encoded,
-// the latter as UTF-8, and everything else as it stands.
+// WINHTTP_FLAG_SECURE. `path` holds the query too. Characters that no URL holds, which are blanks, controls, any of
+// "#<>[\]^`{|} and everything beyond ASCII (as UTF-8), go out percent-encoded; everything else as it stands, dots and
+// escapes that are already there included.
 HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version, LPCWSTR referrer,
                              LPCWSTR* acceptTypes, DWORD flags);
 
@@ -120,7 +121,9 @@ HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, L
 BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength, LPVOID optional, DWORD optionalLength,
                         DWORD totalLength, DWORD_PTR context);
 
-// Waits for the response's headers and follows redirects, at most 10 (then ERROR_WINHTTP_REDIRECT_FAILED).
+// Waits for the response's headers and follows redirects (301, 302, 303, 307 and 308 with a Location), at most 10. An
+// eleventh, and one to another scheme than http and https, fails with ERROR_WINHTTP_REDIRECT_FAILED; a policy that
+// forbids one hands the redirecting answer back. Headers of more than 64 KiB are ERROR_WINHTTP_HEADER_SIZE_OVERFLOW.
 BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved);
 
 // The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), or the text of
@@ -129,7 +132,7 @@ BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved);
 BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size, LPDWORD index);
 
 // Waits until bytes of the body are there and tells how many, 0 at its end. A body that ends before its Content-Length
-// ends like any other.
+// ends like any other; a connection that breaks is ERROR_WINHTTP_CONNECTION_ERROR, behind the bytes that came before.
 BOOL WinHttpQueryDataAvailable(HINTERNET request, LPDWORD available);
 
 // Takes up to `size` bytes of the body, waiting for the first; `*read` 0 is the end of the body.
