@@ -4,16 +4,16 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
 
 namespace ca::test {
 
 class TemporaryFolder {
 public:
-    TemporaryFolder()
-        : path_(std::filesystem::temp_directory_path() / ("cold anchor ä " + std::to_string(std::random_device()()))) {
+    explicit TemporaryFolder(const std::filesystem::path& base = std::filesystem::temp_directory_path())
+        : path_(base / ("cold anchor ä " + std::to_string(std::random_device()()))) {
         std::filesystem::create_directories(path_);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
@@ -38,7 +38,7 @@ inline std::filesystem::path writeFile(const std::filesystem::path& path, const 
 
 inline std::string readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return (std::ostringstream() << file.rdbuf()).str();
 }
 
 inline std::string bytesFromHex(std::string hex) {

@@ -1,0 +1,98 @@
+#include "program/display.h"
+
+#include "demo/process.h"
+#include "unit/temporary_folder.h"
+
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <algorithm>
+#include <fcntl.h>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace ca::test {
+
+namespace display {
+
+namespace {
+
+std::unique_ptr<demo::Process> server;
+_XDisplay* connection = nullptr;
+unsigned long window = 0;
+
+std::string startServer() {
+    int ends[2]{};
+    demo::ProcessOptions options;
+    options.inheritedFile = ::pipe2(ends, O_CLOEXEC) == 0 ? ends[1] : -1;
+    options.output = "/dev/null";
+    const std::vector<std::string> command{"Xvfb", "-displayfd", std::to_string(ends[1]), "-nolisten", "tcp"};
+    server = std::make_unique<demo::Process>(command, options);
+    ::close(ends[1]);
+    std::string number = ":"; // a free one; the server tells it when it is ready
+    for (char c = 0; ::read(ends[0], &c, 1) == 1 && c != '\n';)
+        number += c;
+    ::close(ends[0]);
+    connection = XOpenDisplay(number.c_str());
+    if (!connection)
+        throw std::runtime_error("Xvfb doesn't answer");
+    XSetErrorHandler([](_XDisplay*, XErrorEvent*) { return 0; }); // a window may go at any time
+    return number;
+}
+
+int xdotool(std::vector<std::string> arguments, const std::filesystem::path& output = {}) {
+    demo::ProcessOptions options;
+    options.environment = {"DISPLAY=" + name()};
+    options.output = output;
+    arguments.insert(arguments.begin(), "xdotool");
+    return demo::Process(arguments, options).wait(std::chrono::seconds(20)).value();
+}
+
+} // namespace
+
+const std::string& name() {
+    static const std::string name = startServer();
+    return name;
+}
+
+bool findWindow() {
+    const TemporaryFolder folder;
+    if (xdotool({"search", "--onlyvisible", "--name", "^Cold Anchor Launcher$"}, folder / "id") != 0)
+        return false;
+    window = std::stoul(readFile(folder / "id"));
+    return true;
+}
+
+Picture picture() {
+    Picture picture(1040 * 640);
+    XImage* image = XGetImage(connection, window, 0, 0, 1040, 640, AllPlanes, ZPixmap);
+    if (!image)
+        return picture;
+    const auto* pixels = reinterpret_cast<const std::uint32_t*>(image->data); // at this depth, without gaps
+    std::transform(pixels, pixels + picture.size(), picture.begin(), [](auto pixel) { return pixel & 0xFFFFFF; });
+    XDestroyImage(image);
+    return picture;
+}
+
+void click(int x, int y, int button) {
+    xdotool({"mousemove", "--window", std::to_string(window), std::to_string(x), std::to_string(y), "click",
+             std::to_string(button)});
+}
+
+void press(const std::string& key) {
+    xdotool({"windowfocus", std::to_string(window), "key", key});
+}
+
+void requestClose() {
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(connection, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(XInternAtom(connection, "WM_DELETE_WINDOW", False));
+    XSendEvent(connection, window, False, NoEventMask, &event);
+    XFlush(connection);
+}
+
+} // namespace display
+
+} // namespace ca::test

@@ -1,0 +1,174 @@
+#include "program/scenario.h"
+
+#include "launcher/screen.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <sstream>
+
+const std::string_view ca::launcher::launcherVersion = PROGRAM_TEST_VERSION;
+
+namespace ca::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* localNotes = "FIXED\n- The fog lifts in the morning.";
+
+// The screen's own drawing is held to its table elsewhere; here it says what the window must show.
+Picture draw(const fs::path& installation, const job::SharedSnapshot& look) {
+    static SDL_Surface* const surface = SDL_CreateSurface(1040, 640, SDL_PIXELFORMAT_XRGB8888);
+    static SDL_Renderer* const renderer = SDL_CreateSoftwareRenderer(surface);
+    launcher::drawScreen(renderer, installation, look, localNotes);
+    const auto* pixels = static_cast<const std::uint32_t*>(surface->pixels); // without gaps between the rows
+    Picture picture(1040 * 640);
+    std::transform(pixels, pixels + picture.size(), picture.begin(), [](auto pixel) { return pixel & 0xFFFFFF; });
+    return picture;
+}
+
+} // namespace
+
+job::SharedSnapshot look(job::JobState state, const std::string& status, const std::string& detail,
+                         const std::string& latest) {
+    job::SharedSnapshot look{state, status, detail, latest, nullptr};
+    look.busy = state == job::JobState::Checking || state == job::JobState::Updating;
+    look.progressTotal = state == job::JobState::Updating ? 1 : 0;
+    return look;
+}
+
+Scenario::Scenario() {
+    release.version = "1.4.2";
+    writeFile(tree / "data/first.dat", std::string(1000, '2'));
+    writeFile(tree / "data/intact.dat", std::string(1000, 'i'));
+    writeFile(tree / "maps/Größe XL/Nord mole.pak", std::string(3000, 'm'));
+    makeCurrent();
+    makeOld();
+    writeFile(data / "patch_notes.txt", localNotes);
+    fs::copy_file(testedBuild() / "dev_key/update_public_key.pem", data / "update_public_key.pem");
+    fs::copy_file(builtProgram("ColdAnchorLauncher.exe"), installation / "ColdAnchorLauncher.exe");
+    fs::copy_file(builtProgram("fake_game.exe"), installation / "ColdAnchor.exe");
+    writeFile(installation / "save/settings_v01.cfg", "volume 3\n");
+    writeFile(player / "local/ColdAnchor/saves/settings_v01.cfg", "volume 7\n");
+    publish();
+    serve();
+}
+
+void Scenario::makeOld() const {
+    writeFile(data / "first.dat", std::string(900, '1'));
+    fs::remove_all(installation / "maps");
+    writeFile(data / "game_version", "1.4.1\n");
+}
+
+void Scenario::makeCurrent() const {
+    fs::create_directories(installation);
+    fs::copy(tree, installation, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    writeFile(data / "game_version", release.version + "\n");
+}
+
+void Scenario::publish() const {
+    demo::publish(tree, folder / "channel", release, privateKey);
+}
+
+void Scenario::serve(const std::string& directives) {
+    server.reset();
+    server = std::make_unique<demo::Nginx>(folder / "nginx", demo::NginxOptions{folder / "channel", 0, directives});
+    writeFile(data / "update_server.txt", " " + server->url() + "\r\n");
+}
+
+void Scenario::begin(Road road) {
+    if (road != start)
+        return display::click(road == refresh ? 920 : 780, 470);
+    remember();
+    const std::string home = folder.path();
+    demo::ProcessOptions options;
+    options.workingFolder = home;
+    options.output = folder / "output";
+    options.environment = {"DISPLAY=" + display::name(),
+                           "LOCALAPPDATA=" + home + "/player/local",
+                           "HOME=" + home,
+                           "XDG_RUNTIME_DIR=" + home,
+                           "SDL_RENDER_DRIVER=software",
+                           "SDL_FRAMEBUFFER_ACCELERATION=0", // no OpenGL behind it
+                           "LC_ALL=C.UTF-8",
+                           "http_proxy="};
+    std::vector<std::string> command = programRunner();
+    command.push_back(installation / "ColdAnchorLauncher.exe");
+    launcher = std::make_unique<demo::Process>(command, options);
+    // Before the first frame SDL may replace the window by one that suits the renderer.
+    EXPECT_TRUE(eventually([] { return display::findWindow() && display::picture()[700] == 0x070B0E; }))
+        << readFile(folder / "output");
+}
+
+void Scenario::see(const job::SharedSnapshot& look) {
+    const bool shown = eventually([&] {
+        Picture seen = display::picture();
+        const Picture expected = draw(installation, look); // each time: the marker's version is part of it
+        for (std::size_t at = 322 * 1040; look.jobState == job::JobState::Updating && at < 352 * 1040; ++at)
+            if (at % 1040 >= 720)
+                seen[at] = expected[at];
+        return seen == expected;
+    });
+    if (!shown) { Picture seen = display::picture(); SDL_Surface* f = SDL_CreateSurfaceFrom(1040, 640, SDL_PIXELFORMAT_XRGB8888, seen.data(), 4160); SDL_SaveBMP(f, "/tmp/t/seen.bmp"); if (std::system(("cp -r '" + folder.path().string() + "' /tmp/t/keep").c_str())) return; }
+    EXPECT_TRUE(shown) << look.statusText << " // " << look.detailText << "\n" << readFile(folder / "output");
+}
+
+void Scenario::expectEnd() const {
+    EXPECT_EQ(launcher->wait(std::chrono::seconds(5)), 0);
+    EXPECT_TRUE(eventually([] { return !display::findWindow(); }));
+    EXPECT_EQ(readFile(folder / "output"), "");
+}
+
+void Scenario::close() {
+    display::requestClose();
+    expectEnd();
+}
+
+void Scenario::play(const std::string& key) {
+    const fs::path report = installation / "game.report";
+    key.empty() ? clickMain() : display::press(key);
+    expectEnd();
+    EXPECT_TRUE(eventually([&] { return !readFile(report).empty(); }));
+    writeFile(installation / "game.stop", {});
+    EXPECT_TRUE(eventually([&] { return readFile(report).ends_with("ended\n"); }));
+    EXPECT_EQ(readFile(report), "argument " + shownPath(installation / "ColdAnchor.exe") + "\nin " +
+                                    shownPath(installation / "") + "\nended\n");
+    fs::remove(installation / "game.stop");
+    fs::remove(report);
+}
+
+std::map<std::string, std::string> Scenario::contents() const {
+    std::map<std::string, std::string> files;
+    const auto options = fs::directory_options::follow_directory_symlink;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(player, options)) {
+        std::string name = entry.path().lexically_relative(player).string();
+        if (name.starts_with("game/.coldanchor-update/"))
+            std::erase_if(name, [](char c) { return c >= '0' && c <= '9'; });
+        if (!entry.is_directory())
+            files[name] = std::to_string(entry.last_write_time().time_since_epoch().count()) + readFile(entry.path());
+        else if (fs::is_empty(entry.path()))
+            files[name + "/"] = {};
+    }
+    return files;
+}
+
+Paths Scenario::changes() const {
+    const auto now = contents();
+    std::map<std::string, std::string> differing;
+    std::set_symmetric_difference(before.begin(), before.end(), now.begin(), now.end(),
+                                  std::inserter(differing, differing.end()));
+    Paths paths;
+    for (const auto& [path, content] : differing)
+        paths.push_back(path);
+    return paths;
+}
+
+Paths Scenario::requests() const {
+    std::istringstream log(readFile(server->accessLog()));
+    Paths targets;
+    for (std::string method, target, rest; log >> method >> target && std::getline(log, rest);)
+        targets.push_back(target);
+    return targets;
+}
+
+} // namespace ca::test

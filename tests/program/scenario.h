@@ -1,0 +1,75 @@
+// One player's machine and one update channel: an installation of 1.4.1 with the real launcher, and 1.4.2 on a real web
+// server. Everything lies in folders of its own, which vanish with the scenario.
+#pragma once
+
+#include "demo/channel.h"
+#include "demo/nginx.h"
+#include "job/shared.h"
+#include "program/display.h"
+#include "support/programs.h"
+#include "unit/temporary_folder.h"
+
+#include <map>
+
+namespace ca::test {
+
+using Paths = std::vector<std::string>;
+
+// The ways to a job.
+enum Road { start, refresh, repair };
+
+struct Scenario {
+    // The channel offers data/first.dat, which differs in the installation, data/intact.dat, which doesn't, and
+    // maps/Größe XL/Nord mole.pak, which the installation lacks.
+    Scenario();
+
+    void makeOld() const;                           // puts the installation into that state
+    void makeCurrent() const;                       // makes it equal to what the channel offers
+    void publish() const;                           // signs `tree`
+    void serve(const std::string& directives = {}); // by a new server in place of the old one
+
+    void begin(Road road); // a start of the launcher returns with the first frame
+    // Each waits for what it expects, and fails the test if that doesn't come.
+    void see(const job::SharedSnapshot& look); // the whole window; the bar may stand anywhere while updating
+    void close();                              // by the window: the launcher ends at once
+    void play(const std::string& key = {});    // by a click on PLAY or a key: the launcher ends, one game goes on
+
+    void remember() { before = contents(); } // as a start does
+    // What differs since then in the player's folders: files, also where only their times do, and empty folders with a
+    // slash behind. Names in the work folder are without their digits.
+    Paths changes() const;
+    Paths requests() const; // what the server was asked for, in order
+
+    TemporaryFolder folder;
+    TemporaryFolder otherVolume{"/dev/shm"};
+    std::filesystem::path player = folder / "player";
+    std::filesystem::path installation = player / "game";
+    std::filesystem::path data = installation / "data";
+    std::filesystem::path tree = folder / "tree";
+    std::filesystem::path channel = folder / "channel/stable/windows";
+    std::filesystem::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
+    demo::Release release;
+    std::unique_ptr<demo::Nginx> server;
+    std::unique_ptr<demo::Process> launcher;
+    std::map<std::string, std::string> before;
+
+private:
+    void expectEnd() const;
+    std::map<std::string, std::string> contents() const;
+};
+
+inline void clickMain() {
+    display::click(850, 550);
+}
+inline void clickRepair() {
+    display::click(780, 470);
+}
+inline void clickRefresh() {
+    display::click(920, 470);
+}
+
+// A record with these fields, and the rest as at first.
+job::SharedSnapshot look(job::JobState state, const std::string& status, const std::string& detail,
+                         const std::string& latest = "1.4.2");
+
+} // namespace ca::test

@@ -1,0 +1,134 @@
+#include "program/scenario.h"
+
+#include <gtest/gtest.h>
+
+using namespace ca::test;
+using enum ca::job::JobState;
+namespace fs = std::filesystem;
+
+namespace {
+
+// Slow enough to look at: about a second each for the manifest and the file of 3,000 bytes.
+constexpr const char* slowServer = "location ~ json$ { limit_rate 600; } location ~ /files/ { limit_rate 2k; }";
+
+ca::job::SharedSnapshot updated() {
+    auto ready = look(Ready, "READY TO PLAY", "INSTALLED VERSION 1.4.2");
+    ready.progressDone = ready.progressTotal = 1;
+    return ready;
+}
+
+} // namespace
+
+TEST(Update, BringsAnInstallationUpToDateOnce) {
+    Scenario s;
+    fs::copy_file(s.installation / "ColdAnchor.exe", s.tree / "ColdAnchor.exe");
+    writeFile(s.installation / "ColdAnchor.exe", "an old game");
+    writeFile(s.installation / "save/profile_v07.sav", "ashore");
+    s.release.mandatory = true;
+    s.release.notes = "Cold Anchor v1.4.2\nADDED\n- A lighthouse whose keeper trades at night, if he is awake.";
+    s.publish();
+    s.begin(start);
+    auto ready = updated();
+    ready.patchNotes = std::make_shared<std::string>(s.release.notes);
+    s.see(ready);
+    for (const char* file : {"ColdAnchor.exe", "data/first.dat", "maps/Größe XL/Nord mole.pak"})
+        EXPECT_EQ(readFile(s.installation / file), readFile(s.tree / file)) << file;
+    EXPECT_EQ(readFile(s.data / "game_version"), "1.4.2\n");
+    EXPECT_EQ(s.changes(),
+              (Paths{"game/.coldanchor-update/backup-/ColdAnchor.exe", "game/.coldanchor-update/backup-/data/first.dat",
+                     "game/ColdAnchor.exe", "game/data/first.dat", "game/data/game_version",
+                     "game/maps/Größe XL/Nord mole.pak", "local/ColdAnchor/saves/profile_v07.sav"}));
+    s.close();
+
+    const auto lastWrite = fs::last_write_time(s.installation);
+    s.begin(start);
+    ready.detailText = "VERSION 1.4.2 // stable";
+    ready.progressTotal = 0;
+    s.see(ready);
+    EXPECT_EQ(s.changes(), Paths());
+    EXPECT_EQ(fs::last_write_time(s.installation), lastWrite);
+    const Paths requests = s.requests();
+    EXPECT_EQ(Paths(requests.begin() + 5, requests.end()),
+              (Paths{"/stable/windows/manifest.json", "/stable/windows/manifest.sig"}));
+    s.play("Return");
+    EXPECT_EQ(s.changes(), Paths());
+}
+
+TEST(Update, ShowsItsStepsAndTakesNoInput) {
+    Scenario s;
+    s.makeCurrent();
+    s.serve(slowServer);
+    for (const Road road : {start, refresh, repair}) {
+        SCOPED_TRACE(road);
+        fs::remove_all(s.installation / "maps");
+        s.begin(road);
+        s.see(look(Checking, road == repair ? "CHECKING GAME FILES..." : "CHECKING FOR UPDATES...", "",
+                   road == start ? "" : "1.4.2"));
+        s.see(look(Updating, road == repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
+                   "1 FILES REQUIRE UPDATE"));
+        clickMain();
+        s.begin(refresh);
+        s.begin(repair);
+        display::press("Return");
+        s.see(updated());
+        EXPECT_EQ(s.requests().size(), 3 * (static_cast<std::size_t>(road) + 1));
+    }
+    s.play();
+}
+
+TEST(Update, IsRequiredWhereTheChannelSaysSo) {
+    struct Row {
+        bool mandatory;
+        const char* minimum;
+        bool required;
+    };
+    for (const Row& row : {Row{true, "", true}, Row{false, "1.4.1.1", true}, Row{false, "1.4.1", false}}) {
+        SCOPED_TRACE(row.minimum);
+        Scenario s;
+        s.release.mandatory = row.mandatory;
+        s.release.minimumOnlineVersion = row.minimum;
+        s.publish();
+        fs::rename(s.channel / "files/data/first.dat", s.folder / "elsewhere");
+        const auto seeAndTryToPlay = [&](ca::job::SharedSnapshot look) {
+            look.updateRequired = row.required;
+            s.see(look);
+            if (!row.required && !look.busy)
+                return;
+            clickMain();
+            display::press("Return");
+        };
+        s.begin(start);
+        auto failed = look(Failed, "UPDATE FAILED - TRY AGAIN", "http_404 // direct:http_404");
+        failed.progressTotal = 4000;
+        seeAndTryToPlay(failed);
+
+        fs::remove(s.data / "update_server.txt"); // a check that fails changes none of that
+        s.begin(refresh);
+        auto unavailable = look(ServiceUnavailable, "UPDATE SERVICE UNAVAILABLE",
+                                "update_server_not_configured // ONLINE LOGIN STILL REQUIRED");
+        unavailable.updateAvailable = true;
+        seeAndTryToPlay(unavailable);
+
+        fs::rename(s.folder / "elsewhere", s.channel / "files/data/first.dat");
+        s.serve(slowServer);
+        s.begin(repair);
+        seeAndTryToPlay(look(Updating, "REPAIRING GAME FILES...", "2 FILES REQUIRE UPDATE"));
+        s.see(updated());
+        s.play();
+    }
+}
+
+TEST(Update, LeavesANewerInstallationAlone) {
+    Scenario s;
+    s.release.mandatory = true;
+    s.publish();
+    writeFile(s.data / "game_version", "2.0\r\n");
+    const auto blocked = look(Ready, "READY TO PLAY", "INSTALLED 2.0 // SERVER 1.4.2 // DOWNGRADE BLOCKED");
+    s.begin(start);
+    s.see(blocked);
+    s.begin(repair);
+    EXPECT_TRUE(eventually([&] { return s.requests().size() == 4; }));
+    s.see(blocked);
+    EXPECT_EQ(s.changes(), Paths());
+    s.play();
+}

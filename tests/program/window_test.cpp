@@ -1,0 +1,81 @@
+// What a player does with the mouse, the keyboard and the window itself.
+#include "program/scenario.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace ca::test;
+using enum ca::job::JobState;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Points = std::initializer_list<std::pair<int, int>>;
+
+const auto ready = look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable");
+
+} // namespace
+
+// A job that a click beside the buttons began would show in the server's log.
+TEST(Window, TakesClicksUpToTheEdgesOfItsButtons) {
+    Scenario s;
+    s.makeCurrent();
+    fs::remove(s.installation / "ColdAnchor.exe");
+    s.begin(start);
+    s.see(ready);
+    std::size_t jobs = 1;
+    for (const auto& [x, y] : Points{{720, 452}, {846, 494}, {854, 452}, {980, 494}}) {
+        SCOPED_TRACE(testing::Message() << x << ", " << y);
+        for (const auto& [missX, missY] :
+             Points{{719, 470}, {847, 470}, {850, 470}, {853, 470}, {981, 470}, {780, 451}, {780, 495}, {920, 500}})
+            display::click(missX, missY);
+        display::click(x, y, 3);
+        display::click(x, y);
+        EXPECT_TRUE(eventually([&] { return s.requests().size() > 2 * jobs; }));
+        s.see(ready);
+        EXPECT_EQ(s.requests().size(), 2 * ++jobs);
+    }
+    const auto missing = look(Failed, "GAME EXECUTABLE MISSING", shownPath(s.installation / "ColdAnchor.exe"));
+    for (const auto& [x, y] : Points{{720, 515}, {980, 577}}) {
+        for (const auto& [missX, missY] : Points{{719, 540}, {981, 540}, {850, 514}, {850, 578}})
+            display::click(missX, missY);
+        display::press("KP_Enter");
+        s.begin(refresh); // nothing has shown until here if this one shows
+        s.see(ready);
+        display::click(x, y);
+        s.see(missing);
+        s.begin(refresh);
+        s.see(ready);
+    }
+    display::press("Return");
+    s.see(missing);
+    EXPECT_EQ(s.changes(), Paths());
+    s.close();
+}
+
+// At any moment of a download that would go on for a minute. The amount that has arrived decides, not the time.
+TEST(Window, ClosesAtOnceDuringAJob) {
+    Scenario s;
+    writeFile(s.tree / "data/huge.pak", {});
+    fs::resize_file(s.tree / "data/huge.pak", 512 << 20);
+    s.publish();
+    s.serve("limit_rate 8m; sendfile_max_chunk 16k;");
+    const fs::path work = s.installation / ".coldanchor-update";
+    const auto arrived = [&work] {
+        std::error_code ignored;
+        std::uintmax_t size = 0;
+        for (const fs::directory_entry& file : fs::recursive_directory_iterator(work, ignored))
+            size += file.is_regular_file(ignored) ? file.file_size(ignored) : 0;
+        return size;
+    };
+    std::minstd_rand random(20240117);
+    for (int i = 0; i < 200 && !HasFailure(); ++i) {
+        const std::uintmax_t amount = i % 8 == 0 ? 0 : random() % 600'000;
+        SCOPED_TRACE(testing::Message() << amount << " bytes");
+        s.begin(start);
+        EXPECT_TRUE(eventually([&] { return arrived() >= amount; }));
+        s.close();
+        fs::remove_all(work);
+        EXPECT_EQ(s.changes(), Paths());
+    }
+}
