@@ -92,7 +92,8 @@ void Scenario::begin(Road road) {
                            "SDL_FRAMEBUFFER_ACCELERATION=0", // no OpenGL behind it
                            "LC_ALL=C.UTF-8",
                            "http_proxy="};
-    std::vector<std::string> command = programRunner();
+    std::vector<std::string> command = wrapper;
+    command.insert(command.end(), programRunner().begin(), programRunner().end());
     command.push_back(installation / "ColdAnchorLauncher.exe");
     launcher = std::make_unique<demo::Process>(command, options);
     // Before the first frame SDL may replace the window by one that suits the renderer.

@@ -50,6 +50,7 @@ struct Scenario {
     std::filesystem::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
     demo::Release release;
     std::unique_ptr<demo::Nginx> server;
+    std::vector<std::string> wrapper; // what the launcher is started through
     std::unique_ptr<demo::Process> launcher;
     std::map<std::string, std::string> before;
 

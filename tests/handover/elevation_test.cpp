@@ -1,0 +1,188 @@
+// An installation that the launcher's user can't write to: an unprivileged user where the tests run as root.
+#include "handover/machine.h"
+
+#include <algorithm>
+#include <sstream>
+#include <sys/inotify.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+using namespace ca::test;
+
+namespace {
+
+// Stands in for the system's prompt: tells what is to be run, and waits for the answer, its exit status.
+constexpr const char* promptScript = R"(#!/bin/sh
+cd "$(dirname "$0")/../prompt" || exit 1
+for word in $$ "$@"; do printf '%s\n' "$word"; done >draft && mv draft asked
+until [ -e answer ]; do sleep 0.01; done
+read -r status <answer && rm answer && exit "$status"
+)";
+
+struct LimitedPlayer : Machine {
+    LimitedPlayer() {
+        put("next/" + launcherName, installation / launcherName);
+        fs::permissions(writeFile(folder / "bin/pkexec", promptScript), fs::perms(0755));
+        fs::create_directory(prompt);
+        fs::permissions(prompt, fs::perms(0777));
+        wrapper = {"env", "PATH=" + (folder / "bin").string() + ":" + std::getenv("PATH")};
+        if (::geteuid() == 0)
+            wrapper.insert(wrapper.end(), {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
+        else
+            fs::permissions(installation, fs::perms(0555));
+    }
+    ~LimitedPlayer() { fs::permissions(installation, fs::perms(0755)); }
+
+    void answer(int status) const {
+        fs::remove(prompt / "asked");
+        writeFile(prompt / "draft", std::to_string(status) + "\n");
+        fs::rename(prompt / "draft", prompt / "answer");
+    }
+    // Runs what is asked for as the administrator would be made to, on the prompt's own streams.
+    std::unique_ptr<ca::demo::Process> grant() const {
+        std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software",
+                                         "sh",  "-c", "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"};
+        std::istringstream asked(readFile(prompt / "asked"));
+        for (std::string word; std::getline(asked, word);)
+            command.push_back(word);
+        fs::permissions(installation, fs::perms(0755));
+        return std::make_unique<ca::demo::Process>(command);
+    }
+
+    fs::path prompt = folder / "prompt";
+};
+
+ca::job::SharedSnapshot asking() {
+    auto prompt = look(HandingOver, "WINDOWS PERMISSION REQUIRED", "OPENING UAC TO INSTALL THE UPDATE...");
+    prompt.busy = prompt.updateAvailable = true;
+    prompt.progressTotal = 4000;
+    return prompt;
+}
+
+// Names of the files that are made in a folder from now on.
+class Watch {
+public:
+    explicit Watch(const fs::path& folder) { ::inotify_add_watch(queue_, folder.c_str(), IN_CREATE); }
+    ~Watch() { ::close(queue_); }
+    bool sawWriteTest() const {
+        std::string events(65536, '\0');
+        events.resize(static_cast<std::size_t>(std::max<ssize_t>(::read(queue_, events.data(), events.size()), 0)));
+        return events.find(".coldanchor-write-test-") != std::string::npos;
+    }
+
+private:
+    int queue_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+};
+
+ca::job::SharedSnapshot installed() {
+    auto ready = look(Ready, "READY TO PLAY", "INSTALLED VERSION 1.4.2");
+    ready.progressDone = ready.progressTotal = 1;
+    return ready;
+}
+
+} // namespace
+
+TEST(Elevation, IsAskedForOnlyToInstall) {
+    if (!programRunner().empty())
+        GTEST_SKIP() << "the prompt is the host's";
+    LimitedPlayer s;
+    s.makeCurrent();
+    s.begin(start);
+    s.see(look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable"));
+    EXPECT_EQ(s.changes(), Paths());
+    EXPECT_FALSE(fs::exists(s.prompt / "asked"));
+    s.close();
+}
+
+TEST(Elevation, IsFoundOutByAFileThatVanishes) {
+    Machine s;
+    s.put("next/" + launcherName, s.installation / launcherName);
+    const Watch watch(s.installation);
+    s.begin(start);
+    s.see(installed());
+    EXPECT_TRUE(watch.sawWriteTest());
+    for (const std::string& path : s.changes())
+        EXPECT_EQ(path.find("write-test"), std::string::npos) << path;
+    s.close();
+}
+
+TEST(Elevation, CanBeRefusedAndAskedForAgain) {
+    if (!programRunner().empty())
+        GTEST_SKIP() << "the prompt is the host's";
+    LimitedPlayer s;
+    const Watch watch(s.installation);
+    auto denied = look(Failed, "UPDATE PERMISSION DENIED", "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
+    denied.updateAvailable = true;
+    denied.progressTotal = 4000;
+    for (const int status : {126, 127}) {
+        s.begin(status == 126 ? start : refresh);
+        s.see(asking());
+        writeFile(s.data / "game_version", "1.4." + std::to_string(status)); // drawn at once: the window is alive
+        s.see(asking());
+        clickRefresh();
+        writeFile(s.data / "game_version", "1.4.1\n");
+        s.see(asking());
+        s.answer(status);
+        s.see(denied);
+    }
+    EXPECT_EQ(s.requests().size(), 4U); // the clicks at the prompt counted for nothing
+    EXPECT_EQ(s.changes(), Paths{"game/data/game_version"});
+    EXPECT_FALSE(watch.sawWriteTest());
+    s.close();
+}
+
+TEST(Elevation, CarriesOnInASecondProcess) {
+    if (!programRunner().empty())
+        GTEST_SKIP() << "the prompt is the host's";
+    LimitedPlayer s;
+    s.begin(start);
+    s.see(asking());
+    const Watch watch(s.installation);
+    const auto elevated = s.grant();
+    s.waitForSuccessor();
+    s.see(installed());
+    s.expectCurrent();
+    ASSERT_EQ(s.launchers().size(), 1U);
+    const std::string words = readFile("/proc/" + std::to_string(s.launchers()[0]) + "/cmdline");
+    EXPECT_EQ(words, (s.installation / launcherName).string() + '\0' + "--elevated-update" + '\0');
+    fs::remove(s.prompt / "asked");
+    s.makeOld();
+    s.begin(refresh); // the rights last for the whole run
+    s.see(installed());
+    s.expectCurrent();
+    EXPECT_FALSE(fs::exists(s.prompt / "asked") || watch.sawWriteTest());
+    s.closeSuccessor();
+    EXPECT_EQ(elevated->wait(std::chrono::seconds(20)), 0);
+    s.answer(0);
+}
+
+TEST(Elevation, GoesThroughWindows) {
+    if (programRunner().empty())
+        GTEST_SKIP() << "the prompt is the host's own";
+    Machine s;
+    s.put("next/" + launcherName, s.installation / launcherName);
+    s.serve(slowManifest); // time enough to make the folder writable
+    const char* const folder = s.installation.c_str();
+    if (::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0)
+        GTEST_SKIP() << "only root can refuse itself the right to write";
+    EXPECT_EQ(::mount(nullptr, folder, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    const Watch watch(s.installation);
+    s.begin(start);
+    EXPECT_TRUE(eventually([&] { // the second one has begun, and hasn't come to installing yet
+        const auto ids = s.launchers();
+        return std::any_of(ids.begin(), ids.end(), [](pid_t id) {
+            return readFile("/proc/" + std::to_string(id) + "/cmdline").find("--elevated") != std::string::npos;
+        });
+    }));
+    EXPECT_EQ(::umount2(folder, MNT_DETACH), 0);
+    s.waitForSuccessor();
+    s.see(installed());
+    s.expectCurrent();
+    ASSERT_EQ(s.launchers().size(), 1U);
+    const std::string words = readFile("/proc/" + std::to_string(s.launchers()[0]) + "/cmdline");
+    EXPECT_EQ(words.substr(words.find(launcherName)).c_str() + launcherName.size() + 1,
+              std::string("--elevated-update"));
+    EXPECT_EQ(words.find_first_not_of('\0', words.find("--") + 17), std::string::npos); // and nothing more
+    EXPECT_FALSE(watch.sawWriteTest());
+    s.closeSuccessor();
+}

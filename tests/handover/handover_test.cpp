@@ -1,0 +1,86 @@
+#include "handover/machine.h"
+
+using namespace ca::test;
+
+namespace {
+
+struct HandOver : Machine {
+    explicit HandOver(const std::string& launcherPath = launcherName) {
+        put("next/" + launcherName, tree / launcherPath);
+        put(helperName, tree / helperName);
+        publish();
+    }
+
+    void expectNextLauncher() const {
+        expectCurrent();
+        EXPECT_TRUE(eventually([&] {
+            for (const fs::directory_entry& entry : fs::directory_iterator(installation / ".coldanchor-update"))
+                if (entry.path().filename().string().starts_with("stage-"))
+                    return false;
+            return true;
+        }));
+        closeSuccessor();
+    }
+
+    const ca::job::SharedSnapshot ready = look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable");
+};
+
+} // namespace
+
+TEST(HandOver, EndsInTheNextLauncher) {
+    HandOver s;
+    writeFile(s.installation / helperName, "an old helper"); // so it is the new one that swaps the launchers
+    s.begin(start);
+    s.waitForSuccessor();
+    s.see(s.ready);
+    s.expectNextLauncher();
+}
+
+TEST(HandOver, TakesUpWhatWasInterrupted) {
+    HandOver s; // only the launcher is old, and a helper that was killed has left its stage folder
+    s.makeCurrent();
+    s.put(launcherName, s.installation / launcherName);
+    const fs::path left = s.installation / ".coldanchor-update/stage-1" / launcherName;
+    writeFile(left, "half a launcher");
+    s.begin(start);
+    s.waitForSuccessor();
+    s.see(s.ready);
+    EXPECT_EQ(readFile(left), "half a launcher");
+    fs::remove_all(left.parent_path());
+    s.expectNextLauncher();
+
+    writeFile(left, "a helper that is killed after the swap leaves it, too");
+    s.begin(start);
+    s.see(s.ready);
+    fs::remove_all(left.parent_path());
+    s.expectNextLauncher();
+}
+
+TEST(HandOver, ReplacesTheLauncherFromASubFolder) {
+    HandOver s("tools/" + launcherName);
+    s.serve(slowManifest);
+    s.begin(start);
+    EXPECT_EQ(s.launcher->wait(std::chrono::seconds(20)), 0);
+    EXPECT_FALSE(fs::exists(s.installation / "tools"));
+    s.put("next/" + launcherName, s.installation / "tools" / launcherName); // or each start would hand over again
+    s.waitForSuccessor();
+    s.see(s.ready);
+    EXPECT_TRUE(readFile(s.installation / launcherName) == readFile(s.tree / "tools" / launcherName));
+    s.expectNextLauncher();
+}
+
+TEST(HandOver, NeedsAHelper) {
+    Machine s;
+    s.put(launcherName, s.tree / launcherName);
+    s.put("next/" + launcherName, s.installation / launcherName);
+    s.publish();
+    s.begin(start);
+    auto failed = look(Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");
+    failed.updateAvailable = true;
+    failed.progressDone = failed.progressTotal = 1;
+    s.see(failed);
+    s.begin(refresh);
+    EXPECT_TRUE(eventually([&] { return s.requests().size() == 8; })); // twice the manifest, and once the other files
+    s.see(failed);
+    s.play();
+}

@@ -1,0 +1,65 @@
+// A scenario in which launchers follow one another. The windows that are looked at belong to the next launcher, whose
+// version stands in their footers.
+#pragma once
+
+#include "program/scenario.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+namespace ca::test {
+
+namespace fs = std::filesystem;
+using enum job::JobState;
+
+inline const std::string launcherName = "ColdAnchorLauncher.exe";
+inline const std::string helperName = "ColdAnchorUpdateHelper.exe";
+inline constexpr const char* slowManifest = "location ~ json$ { limit_rate 800; }"; // a second or more
+
+struct Machine : Scenario {
+    ~Machine() {
+        for (const pid_t id : launchers())
+            ::kill(id, SIGKILL);
+    }
+
+    void put(const fs::path& program, const fs::path& target) const {
+        fs::create_directories(target.parent_path());
+        fs::copy_file(testedBuild() / "bin" / program, target, fs::copy_options::overwrite_existing);
+    }
+
+    // This installation's launchers that run, behind a runner or not.
+    std::vector<pid_t> launchers() const {
+        std::vector<pid_t> ids;
+        for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+            const std::string words = readFile(entry.path() / "cmdline");
+            if (words.find(folder.path().filename()) != std::string::npos &&
+                words.find(launcherName) != std::string::npos && words.find("--wait-pid") == std::string::npos &&
+                words.find("pkexec") == std::string::npos && words.find("/bin/sh") == std::string::npos)
+                ids.push_back(std::stoi(entry.path().filename()));
+        }
+        return ids;
+    }
+
+    // The first launcher ends by itself; the second one shows its window.
+    void waitForSuccessor() {
+        EXPECT_EQ(launcher->wait(std::chrono::seconds(20)), 0);
+        EXPECT_TRUE(eventually([] { return display::findWindow() && display::picture()[700] == 0x070B0E; }));
+    }
+
+    void expectCurrent() const {
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(tree))
+            if (entry.is_regular_file()) {
+                const fs::path path = entry.path().lexically_relative(tree);
+                EXPECT_TRUE(readFile(entry.path()) == readFile(installation / path)) << path;
+            }
+        EXPECT_EQ(readFile(data / "game_version"), "1.4.2\n");
+    }
+
+    void closeSuccessor() const {
+        EXPECT_EQ(launchers().size(), 1U);
+        display::requestClose();
+        EXPECT_TRUE(eventually([&] { return launchers().empty(); }));
+    }
+};
+
+} // namespace ca::test
