@@ -56,7 +56,6 @@ TEST(HelperDisk, RetriesWhatPassesAndNothingElse) {
     };
     for (const Row& row : {
              Row{{"link:error=EPERM"}, 0, "new", true}, // a volume without hard links: a copy is kept
-             Row{{"link:error=EPERM", "write:error=ENOSPC"}, 15, "old", false},
              Row{{"rename:error=EBUSY:when=1..2"}, 0, "new", true},
              Row{{"rename:error=EROFS"}, 16, "old", false},
              Row{{"unlink,rmdir:error=EACCES"}, 0, "new", false},
