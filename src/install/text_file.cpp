@@ -4,6 +4,8 @@
 #include "install/paths.h"
 
 #include <array>
+#include <chrono>
+#include <thread>
 
 namespace ca::install {
 
@@ -36,6 +38,21 @@ bool writeFlushed(const fs::path& path, std::string_view text) {
     return file && file.write(text.data(), static_cast<DWORD>(text.size())) && ::FlushFileBuffers(file.get());
 }
 
+// Windows replaces no file that anyone has open, if only to read it, and the screen reads the version marker on every
+// frame: tried again, the rename falls between two frames.
+bool replaceFile(const fs::path& fresh, const fs::path& path) {
+    constexpr int mostTries = 100;
+    for (int tries = 1;; ++tries) {
+        if (::MoveFileExW(wideFromPath(fresh).c_str(), wideFromPath(path).c_str(),
+                          MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return true;
+        const DWORD error = ::GetLastError();
+        if (tries == mostTries || (error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION))
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
 } // namespace
 
 bool writeTextFile(const fs::path& path, std::string_view text) {
@@ -43,8 +60,7 @@ bool writeTextFile(const fs::path& path, std::string_view text) {
     fs::create_directories(path.parent_path(), ignored);
     fs::path fresh = path;
     fresh += ".new";
-    if (writeFlushed(fresh, text) && ::MoveFileExW(wideFromPath(fresh).c_str(), wideFromPath(path).c_str(),
-                                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+    if (writeFlushed(fresh, text) && replaceFile(fresh, path))
         return true;
     fs::remove(fresh, ignored);
     return false;

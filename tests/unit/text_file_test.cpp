@@ -6,7 +6,9 @@
 #include "temporary_folder.h"
 
 #include <array>
+#include <atomic>
 #include <gtest/gtest.h>
+#include <thread>
 
 using namespace ca::install;
 using namespace std::string_literals;
@@ -44,6 +46,21 @@ TEST(VersionMarker, HasABuiltInValue) {
     ASSERT_TRUE(writeInstalledVersion(folder.path(), "1.2-rc"));
     EXPECT_EQ(ca::test::readFile(versionMarkerFile(folder.path())), "1.2-rc\n");
     EXPECT_EQ(readInstalledVersion(folder.path()), "1.2-rc");
+}
+
+// The screen reads the marker on every frame, whatever the job is about.
+TEST(VersionMarker, IsReplacedWhileItIsRead) {
+    const ca::test::TemporaryFolder folder;
+    ASSERT_TRUE(writeInstalledVersion(folder.path(), "1"));
+    std::atomic<bool> done = false;
+    std::thread reader([&] {
+        while (!done)
+            EXPECT_EQ(readInstalledVersion(folder.path()).size(), 1U);
+    });
+    for (int i = 0; i < 50; ++i)
+        EXPECT_TRUE(writeInstalledVersion(folder.path(), std::to_string(i % 10)));
+    done = true;
+    reader.join();
 }
 
 TEST(Paths, ExecutableDirHoldsThisProgram) {
