@@ -119,7 +119,7 @@ TEST(Elevation, CanBeRefusedAndAskedForAgain) {
         s.see(asking());
         writeFile(s.data / "game_version", "1.4." + std::to_string(status)); // drawn at once: the window is alive
         s.see(asking());
-        clickRefresh();
+        s.begin(refresh);
         writeFile(s.data / "game_version", "1.4.1\n");
         s.see(asking());
         s.answer(status);

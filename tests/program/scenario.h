@@ -28,7 +28,8 @@ struct Scenario {
     void publish() const;                           // signs `tree`
     void serve(const std::string& directives = {}); // by a new server in place of the old one
 
-    void begin(Road road); // a start of the launcher returns with the first frame
+    void begin(Road road); // a start returns with the first frame
+    void clickMain() const { display::click(850, 550); }
     // Each waits for what it expects, and fails the test if that doesn't come.
     void see(const job::SharedSnapshot& look); // the whole window; the bar may stand anywhere while updating
     void close();                              // by the window: the launcher ends at once
@@ -58,16 +59,6 @@ private:
     void expectEnd() const;
     std::map<std::string, std::string> contents() const;
 };
-
-inline void clickMain() {
-    display::click(850, 550);
-}
-inline void clickRepair() {
-    display::click(780, 470);
-}
-inline void clickRefresh() {
-    display::click(920, 470);
-}
 
 // A record with these fields, and the rest as at first.
 job::SharedSnapshot look(job::JobState state, const std::string& status, const std::string& detail,

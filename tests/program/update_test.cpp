@@ -23,7 +23,6 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     Scenario s;
     fs::copy_file(s.installation / "ColdAnchor.exe", s.tree / "ColdAnchor.exe");
     writeFile(s.installation / "ColdAnchor.exe", "an old game");
-    writeFile(s.installation / "save/profile_v07.sav", "ashore");
     s.release.mandatory = true;
     s.release.notes = "Cold Anchor v1.4.2\nADDED\n- A lighthouse whose keeper trades at night, if he is awake.";
     s.publish();
@@ -37,7 +36,7 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     EXPECT_EQ(s.changes(),
               (Paths{"game/.coldanchor-update/backup-/ColdAnchor.exe", "game/.coldanchor-update/backup-/data/first.dat",
                      "game/ColdAnchor.exe", "game/data/first.dat", "game/data/game_version",
-                     "game/maps/Größe XL/Nord mole.pak", "local/ColdAnchor/saves/profile_v07.sav"}));
+                     "game/maps/Größe XL/Nord mole.pak"}));
     s.close();
 
     const auto lastWrite = fs::last_write_time(s.installation);
@@ -66,7 +65,7 @@ TEST(Update, ShowsItsStepsAndTakesNoInput) {
                    road == start ? "" : "1.4.2"));
         s.see(look(Updating, road == repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
                    "1 FILES REQUIRE UPDATE"));
-        clickMain();
+        s.clickMain();
         s.begin(refresh);
         s.begin(repair);
         display::press("Return");
@@ -94,7 +93,7 @@ TEST(Update, IsRequiredWhereTheChannelSaysSo) {
             s.see(look);
             if (!row.required && !look.busy)
                 return;
-            clickMain();
+            s.clickMain();
             display::press("Return");
         };
         s.begin(start);

@@ -16,36 +16,37 @@ const auto ready = look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable");
 
 } // namespace
 
-// A job that a click beside the buttons began would show in the server's log.
 TEST(Window, TakesClicksUpToTheEdgesOfItsButtons) {
     Scenario s;
     s.makeCurrent();
-    fs::remove(s.installation / "ColdAnchor.exe");
     s.begin(start);
     s.see(ready);
-    std::size_t jobs = 1;
+    // None of these starts the game, or the launcher would be gone.
+    for (const auto& [x, y] : Points{{719, 540}, {981, 540}, {850, 514}, {850, 578}})
+        display::click(x, y);
+    display::click(850, 550, 3);
+    display::press("KP_Enter");
+    s.begin(refresh);
+    EXPECT_TRUE(eventually([&] { return s.requests().size() == 4; }));
+    s.see(ready);
+
+    fs::remove(s.installation / "ColdAnchor.exe");
+    s.remember();
+    const auto missing = look(Failed, "GAME EXECUTABLE MISSING", shownPath(s.installation / "ColdAnchor.exe"));
+    std::size_t requests = 4;
     for (const auto& [x, y] : Points{{720, 452}, {846, 494}, {854, 452}, {980, 494}}) {
         SCOPED_TRACE(testing::Message() << x << ", " << y);
         for (const auto& [missX, missY] :
              Points{{719, 470}, {847, 470}, {850, 470}, {853, 470}, {981, 470}, {780, 451}, {780, 495}, {920, 500}})
             display::click(missX, missY);
         display::click(x, y, 3);
-        display::click(x, y);
-        EXPECT_TRUE(eventually([&] { return s.requests().size() > 2 * jobs; }));
-        s.see(ready);
-        EXPECT_EQ(s.requests().size(), 2 * ++jobs);
-    }
-    const auto missing = look(Failed, "GAME EXECUTABLE MISSING", shownPath(s.installation / "ColdAnchor.exe"));
-    for (const auto& [x, y] : Points{{720, 515}, {980, 577}}) {
-        for (const auto& [missX, missY] : Points{{719, 540}, {981, 540}, {850, 514}, {850, 578}})
-            display::click(missX, missY);
-        display::press("KP_Enter");
-        s.begin(refresh); // nothing has shown until here if this one shows
-        s.see(ready);
-        display::click(x, y);
+        // A job that one of these began would take this click's effect, or show in the server's log.
+        y == 452 ? display::click(720, 515) : display::click(980, 577);
         s.see(missing);
-        s.begin(refresh);
+        EXPECT_EQ(s.requests().size(), requests);
+        display::click(x, y);
         s.see(ready);
+        EXPECT_EQ(s.requests().size(), requests += 2);
     }
     display::press("Return");
     s.see(missing);
