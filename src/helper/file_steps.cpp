@@ -1,6 +1,7 @@
 #include "helper/file_steps.h"
 
-#include <algorithm>
+#include "install/retry.h"
+
 #include <string_view>
 #include <windows.h>
 
@@ -8,29 +9,8 @@ namespace ca::helper {
 
 namespace {
 
-// Milliseconds.
-constexpr DWORD retryLimit = 30 * 1000;
-constexpr DWORD firstPause = 50;
-constexpr DWORD longestPause = 2000;
-
-// Access denied, sharing violation, lock violation, delete pending, mapped section open: what a scanner causes.
-bool isTransient(DWORD error) {
-    return error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
-           error == ERROR_DELETE_PENDING || error == ERROR_USER_MAPPED_FILE;
-}
-
-template <typename Operation>
-bool withRetries(Operation operation) {
-    const ULONGLONG begin = ::GetTickCount64();
-    for (DWORD pause = firstPause;; pause = std::min(2 * pause, longestPause)) {
-        if (operation())
-            return true;
-        const DWORD error = ::GetLastError();
-        if (!isTransient(error) || ::GetTickCount64() - begin + pause > retryLimit)
-            return false;
-        ::Sleep(pause);
-    }
-}
+// A scanner is done with a launcher long before.
+constexpr install::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longestPause = 2000};
 
 } // namespace
 
@@ -45,7 +25,8 @@ bool isMissing(const std::wstring& path) {
 
 bool isProgram(const std::wstring& file) {
     DWORD kind = 0;
-    return withRetries([&] { return ::GetBinaryTypeW(file.c_str(), &kind) != 0; }) && kind == SCS_64BIT_BINARY;
+    return install::withRetries(times, [&] { return ::GetBinaryTypeW(file.c_str(), &kind) != 0; }) &&
+           kind == SCS_64BIT_BINARY;
 }
 
 bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name) {
@@ -54,14 +35,14 @@ bool keepAside(const std::wstring& target, const std::wstring& folder, const std
     if (isLink(folder))
         return false;
     ::DeleteFileW(copy.c_str()); // mostly absent
-    return withRetries([&] {
+    return install::withRetries(times, [&] {
         return ::CreateHardLinkW(copy.c_str(), target.c_str(), nullptr) ||
                ::CopyFileW(target.c_str(), copy.c_str(), FALSE);
     });
 }
 
 bool moveOver(const std::wstring& from, const std::wstring& to) {
-    return withRetries([&] {
+    return install::withRetries(times, [&] {
         return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
     });
 }
@@ -71,7 +52,7 @@ bool start(const std::wstring& program, const std::wstring& folder) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    if (!withRetries([&] {
+    if (!install::withRetries(times, [&] {
             return ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
                                     folder.c_str(), &startup, &process) != 0;
         }))

@@ -1,5 +1,6 @@
-// The helper's steps on the disk. Each is one operation of the system, tried again for a while when its failure is one
-// that passes: a scanner or an indexer that has just opened the file.
+// The helper's steps on the disk. Each is one operation of the system, tried again for up to 30 seconds when its
+// failure is one that passes: a scanner or an indexer that has just opened the file. They block for that long; one
+// thread.
 #pragma once
 
 #include <string>

@@ -18,20 +18,31 @@ std::wstring wideFromNative(const Native& native) {
         return wideFromUtf8(native);
 }
 
+std::string utf8FromWide(const std::wstring& wide) {
+    const int length = static_cast<int>(wide.size());
+    const auto convert = [&](char* text, int size) {
+        return ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text, size, nullptr, nullptr);
+    };
+    std::string text(static_cast<std::size_t>(wide.empty() ? 0 : convert(nullptr, 0)), '\0');
+    if (!text.empty())
+        convert(text.data(), static_cast<int>(text.size()));
+    return text;
+}
+
+template <typename Native>
+std::string utf8FromNative(const Native& native) {
+    if constexpr (std::is_same_v<Native, std::wstring>)
+        return utf8FromWide(native);
+    else
+        return native;
+}
+
 template <typename Native>
 Native nativeFromWide(const std::wstring& wide) {
-    if constexpr (std::is_same_v<Native, std::wstring>) {
+    if constexpr (std::is_same_v<Native, std::wstring>)
         return wide;
-    } else {
-        const int length = static_cast<int>(wide.size());
-        const auto convert = [&](char* text, int size) {
-            return ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text, size, nullptr, nullptr);
-        };
-        Native native(static_cast<std::size_t>(wide.empty() ? 0 : convert(nullptr, 0)), '\0');
-        if (!native.empty())
-            convert(native.data(), static_cast<int>(native.size()));
-        return native;
-    }
+    else
+        return utf8FromWide(wide);
 }
 
 } // namespace
@@ -52,8 +63,7 @@ fs::path pathFromUtf8(std::string_view text) {
 }
 
 std::string utf8FromPath(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
+    return utf8FromNative(path.native());
 }
 
 std::wstring wideFromPath(const fs::path& path) {

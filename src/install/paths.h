@@ -20,6 +20,7 @@ std::filesystem::path executableDir();
 // Texts in this program are UTF-8, paths are the system's own kind. Any thread.
 // `pathFromUtf8` raises std::system_error for a text that isn't UTF-8 where the system's paths are wide.
 std::filesystem::path pathFromUtf8(std::string_view text);
+// `utf8FromPath` never fails: what is no Unicode character in a wide name becomes U+FFFD.
 std::string utf8FromPath(const std::filesystem::path& path);
 
 // The system's calls take and give wide text. Where paths are wide themselves they pass through unchanged, a name that

@@ -2,10 +2,9 @@
 
 #include "install/file_handle.h"
 #include "install/paths.h"
+#include "install/retry.h"
 
 #include <array>
-#include <chrono>
-#include <thread>
 
 namespace ca::install {
 
@@ -38,19 +37,15 @@ bool writeFlushed(const fs::path& path, std::string_view text) {
     return file && file.write(text.data(), static_cast<DWORD>(text.size())) && ::FlushFileBuffers(file.get());
 }
 
-// Windows replaces no file that anyone has open, if only to read it, and the screen reads the version marker on every
-// frame: tried again, the rename falls between two frames.
-bool replaceFile(const fs::path& fresh, const fs::path& path) {
-    constexpr int mostTries = 100;
-    for (int tries = 1;; ++tries) {
-        if (::MoveFileExW(wideFromPath(fresh).c_str(), wideFromPath(path).c_str(),
-                          MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-            return true;
-        const DWORD error = ::GetLastError();
-        if (tries == mostTries || (error != ERROR_ACCESS_DENIED && error != ERROR_SHARING_VIOLATION))
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+// Windows refuses to replace a file that anyone has open, be it a scanner or this program's other thread, which reads
+// the version marker on every frame.
+bool moveOver(const fs::path& from, const fs::path& to) {
+    constexpr RetryTimes times{.limit = 2000, .firstPause = 1, .longestPause = 4};
+    const std::wstring source = wideFromPath(from);
+    const std::wstring target = wideFromPath(to);
+    return withRetries(times, [&] {
+        return ::MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    });
 }
 
 } // namespace
@@ -60,7 +55,7 @@ bool writeTextFile(const fs::path& path, std::string_view text) {
     fs::create_directories(path.parent_path(), ignored);
     fs::path fresh = path;
     fresh += ".new";
-    if (writeFlushed(fresh, text) && replaceFile(fresh, path))
+    if (writeFlushed(fresh, text) && moveOver(fresh, path))
         return true;
     fs::remove(fresh, ignored);
     return false;

@@ -8,6 +8,7 @@ namespace ca::install {
 // "%LOCALAPPDATA%\ColdAnchor", else "%APPDATA%\ColdAnchor", else "userdata" in the installation. An empty variable
 // counts as none; the value isn't checked. Touches no disk; any thread.
 std::filesystem::path userDataDir();
+// Its folder "saves", where the game keeps the player's files.
 std::filesystem::path savesDir();
 
 // Copies "profile_v07.sav" and "settings_v01.cfg" from the installation's folder "save" to `savesDir`, each only if

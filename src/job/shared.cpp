@@ -20,12 +20,12 @@ bool claimJob(Shared& shared, bool repair) {
     SharedSnapshot& state = shared.state;
     if (state.busy)
         return false;
-    state.busy = true;
     state.jobState = JobState::Checking;
     state.statusText = repair ? "CHECKING GAME FILES..." : "CHECKING FOR UPDATES...";
     state.detailText.clear();
     state.progressDone = 0;
     state.progressTotal = 0;
+    state.busy = true; // last, because an assignment above may find no memory
     return true;
 }
 

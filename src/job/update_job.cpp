@@ -114,8 +114,8 @@ void handOverToHelper(const UpdateJob& job, const std::filesystem::path& stagedL
         return;
     }
     const std::lock_guard lock(job.shared->mutex);
+    job.shared->state.exitRequested = true; // first: the helper waits, whatever becomes of the texts
     setTexts(job.shared->state, JobState::HandingOver, "LAUNCHER UPDATED", "RESTARTING...");
-    job.shared->state.exitRequested = true;
 }
 
 // The marker is the proof that an installation took effect, so it is read back.

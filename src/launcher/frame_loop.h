@@ -22,7 +22,8 @@ struct LauncherState {
 };
 
 // Runs until the window is closed, the game has been started or another process takes over, and draws one more frame
-// then. Paced by the display's refresh alone; never waits for the network. Main thread.
+// then. Once the game has been started, clicks and keys that still wait are dropped: a double click starts one
+// game. Paced by the display's refresh alone; never waits for the network. Main thread.
 void runFrameLoop(LauncherState& launcher);
 
 } // namespace ca::launcher

@@ -11,8 +11,9 @@ namespace ca::launcher {
 
 std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
     const std::string version = install::readInstalledVersion(installDir);
-    std::u8string versioned = u8"PATCH_NOTES_v";
-    versioned.append(version.begin(), version.end()).append(u8".txt");
+    // The marker's bytes may be anything, and no name may stop the launcher.
+    const std::filesystem::path versioned =
+        install::pathFromWide(L"PATCH_NOTES_v" + install::wideFromUtf8(version) + L".txt");
     const std::array candidates{installDir / "data" / "patch_notes.txt", installDir / versioned,
                                 installDir / "PATCH_NOTES.txt"};
     for (const std::filesystem::path& candidate : candidates) {

@@ -20,7 +20,9 @@ const std::string& chooseNotesText(const job::SharedSnapshot& snapshot, const st
 
 // Wraps `text` by words into at most `maxLines` rows of at most `width` characters; a longer word stands alone on its
 // row. Only printable ASCII and line feeds count: a tab is a blank, and every other byte vanishes. Blank lines give no
-// row. The work stops with the last row, so it doesn't grow with a text that is longer than what shows.
+// row. The
+// work stops with the last row, so it doesn't grow with a text that is longer than what shows; only bytes that make no
+// row (blank lines, a word without an end) are still looked at one by one.
 std::vector<std::string> wrapText(std::string_view text, std::size_t width, std::size_t maxLines);
 
 // Whether a wrapped row is drawn as a heading: one of six words, or a title that begins with "Cold Anchor v".

@@ -28,21 +28,21 @@ void drawBackground(SDL_Renderer* renderer) {
 void drawNotes(SDL_Renderer* renderer, const std::string& version, const std::string& notes) {
     drawText(renderer, 58, 64, "COLD ANCHOR", 2.45f, 225, 61, 48);
     drawText(renderer, 60, 104, "EXTRACT OR DIE // ONLINE WORLD", 0.92f, 166, 187, 181);
-    drawText(renderer, 60, 145, ("PATCH NOTES // v" + version).c_str(), 1.25f, 232, 236, 226);
+    drawText(renderer, 60, 145, "PATCH NOTES // v" + version, 1.25f, 232, 236, 226);
     fill(renderer, {58, 174, 570, 1}, 72, 110, 101);
     float y = 193;
     for (const std::string& row : wrapText(notes, 74, 18)) {
         if (isNotesHeading(row))
-            drawText(renderer, 60, y, row.c_str(), 0.78f, 221, 196, 118);
+            drawText(renderer, 60, y, row, 0.78f, 221, 196, 118);
         else
-            drawText(renderer, 60, y, row.c_str(), 0.78f, 166, 187, 181);
+            drawText(renderer, 60, y, row, 0.78f, 166, 187, 181);
         y += 20;
     }
     drawText(renderer, 60, 566, "PATCH NOTES ARE BUNDLED WITH EVERY RELEASE", 0.72f, 105, 139, 132);
 }
 
 void drawStatusText(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
-    const char* text = snapshot.statusText.c_str();
+    const std::string& text = snapshot.statusText;
     switch (snapshot.jobState) {
     case job::JobState::Failed:
         return drawText(renderer, 720, 118, text, 1.02f, 255, 104, 92);
@@ -58,12 +58,13 @@ void drawStatus(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot, con
     drawStatusText(renderer, snapshot);
     float y = 154;
     for (const std::string& row : wrapText(snapshot.detailText, 38, 4)) {
-        drawText(renderer, 720, y, row.c_str(), 0.72f, 143, 163, 158);
+        drawText(renderer, 720, y, row, 0.72f, 143, 163, 158);
         y += 17;
     }
-    const char* latest = snapshot.latestVersion.empty() ? "CHECKING" : snapshot.latestVersion.c_str();
+    const std::string_view latest =
+        snapshot.latestVersion.empty() ? "CHECKING" : std::string_view(snapshot.latestVersion);
     drawText(renderer, 720, 245, "INSTALLED", 0.76f, 113, 144, 137);
-    drawText(renderer, 820, 245, version.c_str(), 0.82f, 218, 229, 224);
+    drawText(renderer, 820, 245, version, 0.82f, 218, 229, 224);
     drawText(renderer, 720, 270, "LATEST", 0.76f, 113, 144, 137);
     drawText(renderer, 820, 270, latest, 0.82f, 218, 229, 224);
 }
@@ -81,7 +82,7 @@ void drawProgress(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
     const std::string label = "UPDATE " + std::to_string(static_cast<int>(ratio * 100.0f)) + "%";
     fill(renderer, {720, 322, 260, 10}, 31, 43, 50);
     fill(renderer, {720, 322, 260 * ratio, 10}, 192, 53, 43);
-    drawText(renderer, 720, 342, label.c_str(), 0.82f, 178, 195, 189);
+    drawText(renderer, 720, 342, label, 0.82f, 178, 195, 189);
 }
 
 void drawButtons(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
@@ -103,11 +104,14 @@ void drawButtons(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
 
 } // namespace
 
-void drawText(SDL_Renderer* renderer, float x, float y, const char* text, float scale, Uint8 red, Uint8 green,
+void drawText(SDL_Renderer* renderer, float x, float y, std::string_view text, float scale, Uint8 red, Uint8 green,
               Uint8 blue) {
+    constexpr std::size_t longestCharacter = 4; // bytes of UTF-8
+    const auto columns = static_cast<std::size_t>((windowWidth - x) / (SDL_DEBUG_TEXT_FONT_CHARACTER_SIZE * scale)) + 1;
+    const std::string visible(text.substr(0, columns * longestCharacter));
     SDL_SetRenderDrawColor(renderer, red, green, blue, SDL_ALPHA_OPAQUE);
     SDL_SetRenderScale(renderer, scale, scale);
-    SDL_RenderDebugText(renderer, x / scale, y / scale, text);
+    SDL_RenderDebugText(renderer, x / scale, y / scale, visible.c_str());
     SDL_SetRenderScale(renderer, 1, 1);
 }
 
@@ -119,8 +123,7 @@ void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir,
     drawStatus(renderer, snapshot, version);
     drawProgress(renderer, snapshot);
     drawButtons(renderer, snapshot);
-    drawText(renderer, 720, 594, ("ENTER = PLAY // LAUNCHER v" + std::string(launcherVersion)).c_str(), 0.72f, 137, 163,
-             159);
+    drawText(renderer, 720, 594, "ENTER = PLAY // LAUNCHER v" + std::string(launcherVersion), 0.72f, 137, 163, 159);
     SDL_RenderPresent(renderer);
 }
 

@@ -21,8 +21,8 @@ void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir,
                 const std::string& localPatchNotes);
 
 // Draws `text` with its top left corner at window pixels x, y whatever the scale; a character takes 8 times `scale`
-// pixels.
-void drawText(SDL_Renderer* renderer, float x, float y, const char* text, float scale, Uint8 red, Uint8 green,
+// pixels. What lies behind the window's right edge costs nothing.
+void drawText(SDL_Renderer* renderer, float x, float y, std::string_view text, float scale, Uint8 red, Uint8 green,
               Uint8 blue);
 
 } // namespace ca::launcher

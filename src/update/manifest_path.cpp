@@ -9,7 +9,7 @@ namespace ca::update {
 
 namespace {
 
-constexpr std::size_t longestPath = 240; // bytes; leaves room for an installation folder within Windows' 260 characters
+constexpr std::size_t longestPath = 240; // bytes; the channel's own bound
 
 bool isSeparator(char c) {
     return c == '/' || c == '\\';

@@ -39,6 +39,11 @@ TEST(Notes, ComeFromTheFirstFileThatSaysSomething) {
     const ca::test::TemporaryFolder folder;
     EXPECT_EQ(loadLocalPatchNotes(folder.path()),
               "Cold Anchor 0.16.117\n- Current build ready.\n- No local patch notes file was found.");
+    ca::test::writeFile(folder / "data/game_version", std::string("\xff\xfe"
+                                                                  "1\0.",
+                                                                  5)); // saved in another encoding
+    EXPECT_TRUE(loadLocalPatchNotes(folder.path()).starts_with("Cold Anchor \xff"));
+    std::filesystem::remove(folder / "data/game_version");
     ca::test::writeFile(folder / "PATCH_NOTES.txt", "third\n");
     EXPECT_EQ(loadLocalPatchNotes(folder.path()), "third");
     ca::test::writeFile(folder / "PATCH_NOTES_v0.16.117.txt", "\nsecond\r\n");
