@@ -179,7 +179,7 @@ void install(const UpdateJob& job, const update::Updater& updater, const UpdateP
 
 } // namespace
 
-void runUpdateJob(UpdateJob job) {
+void runUpdateJob(const UpdateJob& job) {
     Shared& shared = *job.shared;
     bool installing = false;
     const auto failWith = [&](const char* token) {

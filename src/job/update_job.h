@@ -20,6 +20,6 @@ struct UpdateJob {
 // The body of the job's thread; beginUpdateJob has set `busy`. It tries nothing twice, looks at no stop flag, and no
 // exception leaves it. Its last access to `shared` writes the ending and, unless another process takes over, clears
 // `busy`.
-void runUpdateJob(UpdateJob job);
+void runUpdateJob(const UpdateJob& job);
 
 } // namespace ca::job

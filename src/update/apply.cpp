@@ -104,6 +104,7 @@ bool installFile(const ManifestFile& file, const fs::path& installDir, const Wor
     const fs::path relative = relativePath(file.path);
     RollbackEntry entry{installDir / relative, {}};
     const fs::path target = entry.target;
+    const auto record = [&] { rollback.add(std::move(entry)); }; // once, as soon as there is something to undo
     std::error_code failed;
     fs::create_directories(target.parent_path(), failed);
     if (failed)
@@ -117,18 +118,18 @@ bool installFile(const ManifestFile& file, const fs::path& installDir, const Wor
         // A backup is never overwritten: where two names mean one file, the first backup is the player's.
         if (!move(target, entry.backup, 0))
             return fail(error, "update_backup_failed:", file.path);
-        rollback.add(std::move(entry));
+        record();
     }
     if (!move(folders.stage / relative, target, MOVEFILE_REPLACE_EXISTING))
         return fail(error, "update_install_failed:", file.path);
     if (!replaces)
-        rollback.add(std::move(entry));
+        record();
     return true;
 }
 
 } // namespace
 
-bool Updater::apply(const UpdatePlan& plan, ProgressCallback progress, std::string& error,
+bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, std::string& error,
                     fs::path* stagedLauncher) const {
     if (stagedLauncher)
         stagedLauncher->clear();

@@ -49,7 +49,7 @@ public:
     // "update_workdir_failed", "version_marker_write_failed", or one of these and the manifest's path:
     // "update_duplicate_path:", "download_hash_mismatch:", "update_destination_failed:", "update_backup_failed:",
     // "update_install_failed:".
-    bool apply(const UpdatePlan& plan, ProgressCallback progress, std::string& error,
+    bool apply(const UpdatePlan& plan, const ProgressCallback& progress, std::string& error,
                std::filesystem::path* stagedLauncher) const;
 
     std::filesystem::path installDir;
