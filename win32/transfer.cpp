@@ -1,7 +1,6 @@
 #include "transfer.h"
 
 #include "authorities.h"
-#include "crypto.h"
 #include "curl_result.h"
 
 #include <algorithm>
@@ -21,13 +20,6 @@ constexpr std::size_t maximumHeadBytes = 64UL * 1024; // WinHTTP's default for t
 constexpr int maximumRedirects = 10;                  // WinHTTP's default
 constexpr int longestWait = 1000;                     // ms; libcurl's own timers end a wait sooner
 
-void startCurl() {
-    [[maybe_unused]] static const CURLcode started = [] {
-        startOpenSsl();
-        return ::curl_global_init(CURL_GLOBAL_DEFAULT);
-    }();
-}
-
 curl_off_t bytesMoved(CURL* easy) {
     curl_off_t inBody = 0;
     long inHead = 0;
@@ -38,19 +30,11 @@ curl_off_t bytesMoved(CURL* easy) {
 
 } // namespace
 
-Transfer::Transfer(TransferSettings chosen) : settings(std::move(chosen)) {
-    startCurl();
-}
+Transfer::Transfer(TransferSettings chosen) : settings(std::move(chosen)) {}
 
 Transfer::~Transfer() {
-    if (easy != nullptr && multi != nullptr) {
-        ::curl_multi_remove_handle(multi, easy);
-    }
-    if (easy != nullptr) {
-        ::curl_easy_cleanup(easy);
-    }
-    if (multi != nullptr) {
-        ::curl_multi_cleanup(multi);
+    if (curl) {
+        ::curl_multi_remove_handle(curl.multi, curl.easy);
     }
     ::curl_slist_free_all(fields);
 }
@@ -62,12 +46,13 @@ bool Transfer::fail(DWORD number) {
 }
 
 bool Transfer::configure() {
-    const auto set = [this](CURLoption option, auto value) { ::curl_easy_setopt(easy, option, value); };
+    const auto set = [this](CURLoption option, auto value) { ::curl_easy_setopt(curl.easy, option, value); };
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_QUICK_EXIT, 1L); // a name server that never answers doesn't hold up the end of a request
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     set(CURLOPT_PATH_AS_IS, 1L);
+    set(CURLOPT_FORBID_REUSE, 1L);
     set(CURLOPT_USERAGENT, settings.userAgent.c_str());
     set(CURLOPT_BUFFERSIZE, socketPieceSize);
     set(CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeout);
@@ -87,7 +72,7 @@ bool Transfer::configure() {
     if (!settings.proxyFromEnvironment) {
         set(CURLOPT_PROXY, "");
     }
-    useHostAuthorities(easy);
+    useHostAuthorities(curl.easy);
     return setHeaderFields();
 }
 
@@ -102,7 +87,7 @@ bool Transfer::setHeaderFields() {
         }
         fields = longer;
     }
-    ::curl_easy_setopt(easy, CURLOPT_HTTPHEADER, fields);
+    ::curl_easy_setopt(curl.easy, CURLOPT_HTTPHEADER, fields);
     return true;
 }
 
@@ -111,17 +96,15 @@ bool Transfer::start() {
     body = {};
     headBytes = 0;
     sent = paused = ended = false;
-    if (::curl_easy_setopt(easy, CURLOPT_URL, settings.url.c_str()) != CURLE_OK ||
-        ::curl_multi_add_handle(multi, easy) != CURLM_OK) {
+    if (::curl_easy_setopt(curl.easy, CURLOPT_URL, settings.url.c_str()) != CURLE_OK ||
+        ::curl_multi_add_handle(curl.multi, curl.easy) != CURLM_OK) {
         return fail(ERROR_NOT_ENOUGH_MEMORY);
     }
     return pump([this] { return sent; });
 }
 
 bool Transfer::send() {
-    easy = ::curl_easy_init();
-    multi = ::curl_multi_init();
-    if (easy == nullptr || multi == nullptr) {
+    if (!curl) {
         return fail(ERROR_NOT_ENOUGH_MEMORY);
     }
     return configure() && start();
@@ -159,18 +142,18 @@ bool Transfer::follow() {
     if (settings.url.empty()) {
         return fail(ERROR_WINHTTP_REDIRECT_FAILED);
     }
-    ::curl_multi_remove_handle(multi, easy);
+    ::curl_multi_remove_handle(curl.multi, curl.easy);
     return start();
 }
 
 // Moves the transfer on until `condition` holds or it has ended. False if it failed.
 template <class Condition>
 bool Transfer::pump(Condition condition) {
-    curl_off_t moved = bytesMoved(easy);
+    curl_off_t moved = bytesMoved(curl.easy);
     Clock::time_point lastMove = Clock::now();
     while (!condition() && !ended) {
         int running = 0;
-        if (::curl_multi_perform(multi, &running) != CURLM_OK) {
+        if (::curl_multi_perform(curl.multi, &running) != CURLM_OK) {
             return fail(ERROR_WINHTTP_INTERNAL_ERROR);
         }
         if (condition()) {
@@ -179,7 +162,7 @@ bool Transfer::pump(Condition condition) {
         if (running == 0) {
             return collectResult();
         }
-        const curl_off_t movedNow = bytesMoved(easy);
+        const curl_off_t movedNow = bytesMoved(curl.easy);
         if (moved != movedNow || !sent) {
             moved = movedNow;
             lastMove = Clock::now();
@@ -192,7 +175,7 @@ bool Transfer::pump(Condition condition) {
             }
             wait = static_cast<int>(std::min<long>(longestWait, settings.receiveTimeout - quiet));
         }
-        ::curl_multi_poll(multi, nullptr, 0, wait, nullptr);
+        ::curl_multi_poll(curl.multi, nullptr, 0, wait, nullptr);
     }
     return true;
 }
@@ -200,7 +183,7 @@ bool Transfer::pump(Condition condition) {
 bool Transfer::collectResult() {
     ended = true;
     int left = 0;
-    const CURLMsg* message = ::curl_multi_info_read(multi, &left);
+    const CURLMsg* message = ::curl_multi_info_read(curl.multi, &left);
     const CURLcode result = message == nullptr ? CURLE_OK : message->data.result;
     if (result == CURLE_OK || (result == CURLE_PARTIAL_FILE && head.complete())) {
         return true;
@@ -210,7 +193,7 @@ bool Transfer::collectResult() {
 
 bool Transfer::resume() {
     paused = false;
-    const CURLcode result = ::curl_easy_pause(easy, CURLPAUSE_CONT); // which may hand over bytes at once
+    const CURLcode result = ::curl_easy_pause(curl.easy, CURLPAUSE_CONT); // which may hand over bytes at once
     return result == CURLE_OK || fail(errorFromResult(result));
 }
 
@@ -242,7 +225,7 @@ void Transfer::takeHeaderLine(std::string_view line) {
         return;
     }
     long status = 0;
-    ::curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    ::curl_easy_getinfo(curl.easy, CURLINFO_RESPONSE_CODE, &status);
     head.finish(status);
     if (head.complete()) {
         const DWORD flag =

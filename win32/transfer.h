@@ -3,6 +3,7 @@
 #pragma once
 
 #include "body.h"
+#include "curl_handles.h"
 #include "response_head.h"
 
 #include <curl/curl.h>
@@ -62,8 +63,7 @@ private:
     static int onSend(void* self, char* address, char* localAddress, int port, int localPort);
 
     TransferSettings settings;
-    CURL* easy = nullptr;
-    CURLM* multi = nullptr;
+    CurlHandles curl;
     curl_slist* fields = nullptr;
     ResponseHead head;
     Body body;
