@@ -29,6 +29,19 @@ bool claimJob(Shared& shared, bool repair) {
     return true;
 }
 
+// Held while a job's thread is started and detached; the thread waits for that. MinGW-w64's threads library forgets the
+// record from which a new thread learns what to run as soon as it is detached: about one thread in 10,000 was detached
+// before it had looked, and then ran nothing or crashed.
+std::mutex starting;
+
+void startDetached(UpdateJob job) {
+    const std::lock_guard lock(starting);
+    std::thread([job = std::move(job)] {
+        { const std::lock_guard detached(starting); }
+        runUpdateJob(job);
+    }).detach();
+}
+
 } // namespace
 
 void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir, const std::string& channel, bool repair,
@@ -36,7 +49,7 @@ void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir, con
     if (!claimJob(shared, repair))
         return;
     try {
-        std::thread(runUpdateJob, UpdateJob{&shared, installDir, channel, repair, elevated}).detach();
+        startDetached(UpdateJob{&shared, installDir, channel, repair, elevated});
     } catch (const std::exception&) { // no thread, or no memory for one
         const std::lock_guard lock(shared.mutex);
         shared.state.busy = false;
