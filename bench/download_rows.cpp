@@ -69,7 +69,7 @@ Row smallRow(const Setting& setting, const demo::Nginx& server) {
     Job job(setting, server, tree);
     const std::vector<double> seconds =
         alternate({[&] { return secondsOfProgram(job.ours(), {}); }, [&] { return secondsOfProgram(job.wget(), {}); }},
-                  setting.rounds);
+                  setting.shortRounds);
     return {.work = "download " + std::to_string(tree.names.size()) + " files of " + sizeText(tree.size),
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("wget", seconds[1]),

@@ -59,7 +59,7 @@ void addFrameRows(const Setting& setting, std::vector<Row>& rows) {
     shortNotes.state.patchNotes = std::make_shared<std::string>(makeNotes(shortSize));
     const std::vector<double> seconds = alternate({[&] { return screen.frameSeconds(setting.scratch, longNotes); },
                                                    [&] { return screen.frameSeconds(setting.scratch, shortNotes); }},
-                                                  2 * setting.rounds + 1);
+                                                  setting.shortRounds);
     rows.push_back({.work = "a frame, " + sizeText(longSize) + " of notes",
                     .ours = timeCell("", seconds[0]),
                     .beside = timeCell("ours, " + sizeText(shortSize), seconds[1]),

@@ -27,7 +27,7 @@ bool measure(const fs::path& folder, const fs::path& worker, const Sizes& sizes)
     fs::create_directories(scratch);
     fs::create_directories(folder / "data");
     fs::current_path(scratch); // for what the measuring itself writes
-    const ca::bench::Setting setting{sizes, 5, folder / "data", scratch, worker};
+    const ca::bench::Setting setting{.sizes = sizes, .data = folder / "data", .scratch = scratch, .worker = worker};
     std::vector<ca::bench::Row> rows;
     for (const auto& [name, addRows] : subjects) {
         std::cerr << "measuring " << name << "...\n";

@@ -33,7 +33,7 @@ std::string entries(int count) {
 Row speedRow(const Setting& setting, const std::string& work, const ManifestShape& shape, Bar bar) {
     const std::string text = makeManifest(shape);
     const std::vector<double> seconds =
-        alternate({[&] { return parseSeconds(text); }, [&] { return jsonSeconds(text); }}, setting.rounds);
+        alternate({[&] { return parseSeconds(text); }, [&] { return jsonSeconds(text); }}, setting.shortRounds);
     return {.work = work,
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("nlohmann", seconds[1]),
@@ -46,7 +46,7 @@ Row growthRow(const Setting& setting, const ManifestShape& shape) {
     const std::string single = makeManifest(shape);
     const std::string twice = makeManifest({2 * shape.entries, shape.indent, shape.optionalKeys, shape.notes});
     const std::vector<double> seconds =
-        alternate({[&] { return parseSeconds(twice); }, [&] { return parseSeconds(single); }}, setting.rounds);
+        alternate({[&] { return parseSeconds(twice); }, [&] { return parseSeconds(single); }}, setting.shortRounds);
     return {.work = entries(2 * shape.entries),
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("ours, " + std::to_string(shape.entries), seconds[1]),

@@ -19,7 +19,8 @@ struct Sizes {
 
 struct Setting {
     Sizes sizes;
-    int rounds = 5;
+    int rounds = 5;                // of works that take seconds
+    int shortRounds = 15;          // of shorter ones, which suffer more from what else the machine does
     std::filesystem::path data;    // made once and kept
     std::filesystem::path scratch; // empty at the start, and removed at the end
     std::filesystem::path worker;  // the program that does what the launcher does
