@@ -3,12 +3,12 @@
 #pragma once
 
 #include "install/paths.h"
+#include "support/programs.h"
 #include "unit/temporary_folder.h"
 
-#include <chrono>
 #include <cstdlib>
-#include <functional>
 #include <gtest/gtest.h>
+#include <tuple>
 #include <windows.h>
 
 namespace ca::test {
@@ -19,28 +19,16 @@ inline constexpr bool onWindows = true;
 inline constexpr bool onWindows = false;
 #endif
 
-using install::pathFromWide;
-using install::utf8FromPath;
-using install::wideFromPath;
-using install::wideFromUtf8;
-
-// The program that the tests start; what it does stands in contract_child.cpp.
-inline std::filesystem::path childProgram() {
-    return install::executableDir() / "contract_child.exe";
-}
+using namespace install;
 
 inline std::string setting(const char* name) {
     const char* value = std::getenv(name);
     return value == nullptr ? "" : value;
 }
 
-// Whether `condition` came true within half a minute, looked at over and over.
-inline bool comesTrue(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    bool held = condition();
-    while (!held && std::chrono::steady_clock::now() < deadline)
-        held = condition();
-    return held;
+// The program that the tests start; what it does stands in contract_child.cpp.
+inline std::filesystem::path childProgram() {
+    return executableDir() / "contract_child.exe";
 }
 
 } // namespace ca::test

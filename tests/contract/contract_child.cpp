@@ -5,8 +5,6 @@
 //   PORT MICROSECONDS    returns from main while its other thread downloads
 #include "contract.h"
 
-#include <thread>
-#include <vector>
 #include <winhttp.h>
 
 using namespace ca::test;
@@ -16,14 +14,14 @@ namespace {
 void downloadForever(INTERNET_PORT port) {
     for (std::vector<char> bytes(65536);;) {
         const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, nullptr, nullptr, 0);
-        const HINTERNET connection = ::WinHttpConnect(session, L"127.0.0.1", port, 0);
-        const HINTERNET request = ::WinHttpOpenRequest(connection, nullptr, L"/plain/numbers.txt", nullptr, nullptr,
-                                                       nullptr, WINHTTP_FLAG_SECURE);
+        const HINTERNET server = ::WinHttpConnect(session, L"127.0.0.1", port, 0);
+        const HINTERNET request =
+            ::WinHttpOpenRequest(server, nullptr, L"/numbers.txt", nullptr, nullptr, nullptr, WINHTTP_FLAG_SECURE);
         DWORD count = 1;
         if (::WinHttpSendRequest(request, nullptr, 0, nullptr, 0, 0, 0) && ::WinHttpReceiveResponse(request, nullptr))
             while (count > 0 && ::WinHttpReadData(request, bytes.data(), 65536, &count)) {
             }
-        for (const HINTERNET handle : {request, connection, session})
+        for (const HINTERNET handle : {request, server, session})
             ::WinHttpCloseHandle(handle);
     }
 }
@@ -33,20 +31,18 @@ void downloadForever(INTERNET_PORT port) {
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.at(0) == "leave") {
-        std::thread(downloadForever, static_cast<INTERNET_PORT>(std::stoi(arguments.at(1)))).detach();
+        new std::thread(downloadForever, static_cast<INTERNET_PORT>(std::stoi(arguments.at(1)))); // never joined
         const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(std::stoi(arguments.at(2)));
-        comesTrue([&] { return std::chrono::steady_clock::now() > end; });
+        while (std::chrono::steady_clock::now() < end) {
+        }
         return 0;
     }
-    wchar_t path[4096];
-    const std::wstring own(path, ::GetModuleFileNameW(nullptr, path, 4096));
-    std::string text = utf8FromPath(std::filesystem::current_path()) + "\n" + utf8FromPath(pathFromWide(own)) + "\n" +
+    std::string text = utf8FromPath(std::filesystem::current_path()) + "\n" + utf8FromPath(executableDir()) + "\n" +
                        setting("DISPLAY");
     for (std::size_t i = 2; i < arguments.size(); ++i)
         text += "\n" + arguments[i];
-    const std::filesystem::path file = arguments.at(1);
-    writeFile(std::filesystem::absolute(file) += ".draft", text);
-    std::filesystem::rename(std::filesystem::absolute(file) += ".draft",
+    const auto file = std::filesystem::absolute(arguments.at(1));
+    std::filesystem::rename(writeFile(file.parent_path() / "draft", text),
                             file); // whole at once, for whoever waits for it
-    return arguments[0] == "report" || comesTrue([&] { return !std::filesystem::exists(file); }) ? 0 : 1;
+    return arguments[0] == "report" || eventually([&] { return !std::filesystem::exists(file); }) ? 0 : 1;
 }

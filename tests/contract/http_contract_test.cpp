@@ -6,29 +6,6 @@ using namespace ca::test;
 
 namespace {
 
-struct Target {
-    std::wstring host;
-    std::wstring path;
-    INTERNET_PORT port = 0;
-    INTERNET_SCHEME scheme = 0;
-};
-
-DWORD crack(const std::string& url, Target& target) {
-    URL_COMPONENTS parts{};
-    parts.dwStructSize = sizeof(parts);
-    parts.dwHostNameLength = parts.dwUrlPathLength = parts.dwExtraInfoLength = ~DWORD{0};
-    const std::wstring wide = wideFromUtf8(url);
-    if (!::WinHttpCrackUrl(wide.c_str(), 0, 0, &parts))
-        return ::GetLastError();
-    const std::wstring extra(parts.lpszExtraInfo, parts.dwExtraInfoLength);
-    target = {{parts.lpszHostName, parts.dwHostNameLength},
-              {parts.lpszUrlPath, parts.dwUrlPathLength},
-              parts.nPort,
-              parts.nScheme};
-    target.path += extra;
-    return 0;
-}
-
 std::string failed(const char* step) {
     return step + (" " + std::to_string(::GetLastError()));
 }
@@ -39,30 +16,27 @@ std::string readBody(HINTERNET request) {
     while (::WinHttpQueryDataAvailable(request, &count)) {
         if (count == 0)
             return body;
-        const std::size_t before = body.size();
-        body.resize(before + count);
-        if (!::WinHttpReadData(request, body.data() + before, count, &count))
+        std::string chunk(count, ' ');
+        if (!::WinHttpReadData(request, chunk.data(), count, &count))
             break;
-        body.resize(before + count);
+        body += chunk.substr(0, count);
     }
     return body + " " + failed("read");
 }
 
 std::string exchange(HINTERNET request) {
     DWORD number = WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS;
-    EXPECT_TRUE(::WinHttpSetOption(request, WINHTTP_OPTION_REDIRECT_POLICY, &number, sizeof(number)));
+    EXPECT_TRUE(::WinHttpSetOption(request, WINHTTP_OPTION_REDIRECT_POLICY, &number, 4));
     number = WINHTTP_DECOMPRESSION_FLAG_ALL; // an option that Wine 8 doesn't know
-    EXPECT_EQ(::WinHttpSetOption(request, WINHTTP_OPTION_DECOMPRESSION, &number, sizeof(number)) != 0, !onWindows);
-    EXPECT_TRUE(!::WinHttpSetOption(request, 9999, &number, sizeof(number)) &&
-                ::GetLastError() == ERROR_WINHTTP_INVALID_OPTION);
+    EXPECT_EQ(::WinHttpSetOption(request, WINHTTP_OPTION_DECOMPRESSION, &number, 4) != 0, !onWindows);
+    EXPECT_TRUE(!::WinHttpSetOption(request, 9999, &number, 4) && ::GetLastError() == ERROR_WINHTTP_INVALID_OPTION);
     if (!::WinHttpSendRequest(request, nullptr, 0, nullptr, 0, 0, 0))
         return failed("send");
     if (!::WinHttpReceiveResponse(request, nullptr))
         return failed("receive");
-    DWORD size = sizeof(number);
-    if (!::WinHttpQueryHeaders(request, WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, nullptr, &number, &size,
-                               nullptr))
-        return failed("status");
+    DWORD size = 4;
+    EXPECT_TRUE(::WinHttpQueryHeaders(request, WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, nullptr, &number,
+                                      &size, nullptr));
     wchar_t length[64] = L"-";
     size = sizeof(length);
     EXPECT_TRUE(::WinHttpQueryHeaders(request, WINHTTP_QUERY_CONTENT_LENGTH, nullptr, length, &size, nullptr) ||
@@ -70,51 +44,46 @@ std::string exchange(HINTERNET request) {
     return std::to_string(number) + " " + utf8FromPath(pathFromWide(length)) + " " + readBody(request);
 }
 
-// "status length body", with "-" for no Content-Length, or the step that failed and the number.
-std::string get(const std::string& url) {
-    Target target;
-    EXPECT_EQ(crack(url, target), 0U) << url;
+// "status length body", with "-" for no Content-Length, or the step that failed and the number. `port` is a setting's
+// name.
+std::string get(const std::string& port, const std::string& path, const std::wstring& host = L"127.0.0.1") {
     const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_NO_PROXY, nullptr, nullptr, 0);
     EXPECT_TRUE(::WinHttpSetTimeouts(session, 4000, 4000, 2000, 2000));
     DWORD protocol = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
-    EXPECT_TRUE(::WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocol, sizeof(protocol)));
-    const HINTERNET connection = ::WinHttpConnect(session, target.host.c_str(), target.port, 0);
-    const DWORD flags = target.scheme == INTERNET_SCHEME_HTTPS ? WINHTTP_FLAG_SECURE : 0;
-    const HINTERNET request =
-        ::WinHttpOpenRequest(connection, L"GET", target.path.c_str(), nullptr, nullptr, nullptr, flags);
-    std::string result = exchange(request);
-    for (const HINTERNET handle : {request, connection, session})
+    EXPECT_TRUE(::WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocol, 4));
+    const auto number = static_cast<INTERNET_PORT>(std::atoi(setting(port.c_str()).c_str()));
+    const HINTERNET server = ::WinHttpConnect(session, host.c_str(), number == 0 ? 1 : number, 0);
+    const HINTERNET request = ::WinHttpOpenRequest(server, L"GET", wideFromUtf8(path).c_str(), nullptr, nullptr,
+                                                   nullptr, port.starts_with("TLS") ? WINHTTP_FLAG_SECURE : 0);
+    const std::string result = exchange(request);
+    for (const HINTERNET handle : {request, server, session})
         EXPECT_TRUE(::WinHttpCloseHandle(handle));
     return result;
 }
 
-std::string at(const char* port, const std::string& path) {
-    return (std::string(port).starts_with("TLS") ? "https://127.0.0.1:" : "http://127.0.0.1:") + setting(port) + path;
-}
-
-// The address at which the answer waits; "\n" in it stands for CR LF.
-std::string raw(const std::string& answer, const std::string& verb = "raw") {
-    std::string url = at("RAW_PORT", "/" + verb + "/");
+// Has these bytes sent, "\n" standing for CR LF.
+std::string answered(const std::string& answer, const std::string& verb = "raw") {
+    std::string path = "/" + verb + "/";
     for (const char character : answer)
         for (const char byte : character == '\n' ? std::string("\r\n") : std::string(1, character))
-            url += {'%', "0123456789ABCDEF"[byte >> 4 & 15], "0123456789ABCDEF"[byte & 15]};
-    return url;
+            path += {'%', "0123456789ABCDEF"[byte >> 4 & 15], "0123456789ABCDEF"[byte & 15]};
+    return get("RAW_PORT", path);
 }
 
-// For where both agree, and where Wine 8 is known to answer otherwise.
+// What is asked; what comes of it; and, where Wine 8 is known to differ, what comes of it there.
 struct Row {
-    Row(std::string address, std::string answer) : Row(address, answer, answer) {}
-    Row(std::string address, std::string answer, std::string wine)
-        : url(std::move(address)), expected(onWindows ? wine : answer) {}
-    std::string url;
-    std::string expected;
+    Row(const std::string& question, const std::string& answer) : Row(question, answer, answer) {}
+    Row(std::string question, const std::string& answer, const std::string& wine)
+        : asked(std::move(question)), expected(onWindows ? wine : answer) {}
+    std::string asked, expected;
 };
 
-// A row names an address, or else an answer to be sent.
 void expectAnswers(std::initializer_list<Row> rows) {
     for (const Row& row : rows)
-        EXPECT_EQ(get(row.url.starts_with("http") ? row.url : raw(row.url)), row.expected) << row.url;
+        EXPECT_EQ(answered(row.asked), row.expected) << row.asked;
 }
+
+const std::string ok = "HTTP/1.1 200 OK\nConnection: close\n";
 
 } // namespace
 
@@ -132,15 +101,21 @@ TEST(Url, IsTakenApartOrRefused) { // into port, host and path, or with an error
           Row("http://u@/", "12005", "80  /"), Row("http://a:8x/", "12005", "8 a /"),
           Row("http://a:-1/", "12005", "0 a /"), Row("http://[::1]:81/x", "81 [::1] /x", "0 [ /x"),
           Row("http://[::1/", "12005", "0 [ /")}) {
-        Target target;
-        const DWORD error = crack(row.url, target);
-        const std::wstring parts = std::to_wstring(target.port) + L" " + target.host + L" " + target.path;
-        EXPECT_EQ(error == 0 ? parts : std::to_wstring(error), wideFromUtf8(row.expected)) << row.url;
-        EXPECT_EQ(target.scheme == INTERNET_SCHEME_HTTPS, row.url.starts_with("HTTPS"));
+        URL_COMPONENTS parts{};
+        parts.dwStructSize = sizeof(parts);
+        parts.dwHostNameLength = parts.dwUrlPathLength = parts.dwExtraInfoLength = ~DWORD{0};
+        const std::wstring url = wideFromUtf8(row.asked);
+        std::wstring found;
+        if (::WinHttpCrackUrl(url.c_str(), 0, 0, &parts))
+            found = std::to_wstring(parts.nPort) + L" " + std::wstring(parts.lpszHostName, parts.dwHostNameLength) +
+                    L" " + std::wstring(parts.lpszUrlPath, parts.dwUrlPathLength) +
+                    std::wstring(parts.lpszExtraInfo, parts.dwExtraInfoLength);
+        else
+            found = std::to_wstring(::GetLastError());
+        EXPECT_EQ(found, wideFromUtf8(row.expected)) << row.asked;
+        EXPECT_EQ(parts.nScheme == INTERNET_SCHEME_HTTPS, row.asked.starts_with("HTTPS"));
     }
 }
-
-const std::string ok = "HTTP/1.1 200 OK\nConnection: close\n";
 
 TEST(Http, EndsBodiesWhereTheyEnd) {
     expectAnswers({Row(ok + "Content-Length: 5\n\nhello", "200 5 hello"), Row(ok + "\nhello", "200 - hello"),
@@ -148,37 +123,37 @@ TEST(Http, EndsBodiesWhereTheyEnd) {
                    Row(ok + "Content-Length: 50\n\ncut short", "200 50 cut short"),
                    Row(ok + "Transfer-Encoding: chunked\n\n5;x=1\nhello\n1\n!\n0\nA: b\n\n", "200 - hello!"),
                    Row(ok + "Transfer-Encoding: chunked\n\n5\ncut", "200 - cut"),
-                   Row(raw(ok + "Content-Length: 5\n\nhello", "hold"), "200 5 hello"),
                    Row(ok + "Content-Length: abc\n\nhello", "200 abc hello", "200 abc ")});
+    EXPECT_EQ(answered(ok + "Content-Length: 5\n\nhello", "hold"), "200 5 hello");
 }
 
 TEST(Http, GivesTheStatusOfTheLastAnswer) {
-    const std::string end = "Location: /chain/0/x\nConnection: close\nContent-Length: 0\n\n";
-    const auto to = [](const std::string& place) {
-        return "HTTP/1.1 302 F\nConnection: close\nLocation: " + place + "\n\n";
-    };
-    expectAnswers({Row("HTTP/1.1 199 Odd\n\n", "199 - "), Row("HTTP/1.1 204 None\n\n", "204 - "),
-                   Row("HTTP/1.1 299 Odd\n\nok", "299 - ok"), Row("HTTP/1.1 300 Many\n" + end, "300 0 "),
-                   Row("HTTP/1.1 503 Busy\n\nno", "503 - no"), Row("HTTP/1.1 301 Moved\n" + end, "200 3 end"),
-                   Row("HTTP/1.1 307 Moved\n" + end, "200 3 end"), Row("HTTP/1.1 305 Proxy\n" + end, "305 0 "),
-                   Row(to(at("RAW_PORT", "/chain/0/x")), "200 3 end"), Row(at("RAW_PORT", "/chain/10/x"), "200 3 end"),
-                   Row(at("RAW_PORT", "/chain/11/x"), "receive 12156"), Row(at("WEB_PORT", "/loop"), "receive 12156"),
-                   // Wine 8 follows neither 303 nor 308, takes "ftp" for a folder and misses what comes behind 100.
-                   Row("HTTP/1.1 303 See\n" + end, "200 3 end", "303 0 "),
-                   Row("HTTP/1.1 308 Moved\n" + end, "200 3 end", "308 0 "),
-                   Row(to("ftp://127.0.0.1/"), "receive 12156", "receive 12152"),
-                   Row("HTTP/1.1 100 Continue\n\n" + ok + "\nok", "200 - ok", "receive 12152")});
+    const std::string end =
+        "Location: http://127.0.0.1:" + setting("WEB_PORT") + "/chain/0\nConnection: close\nContent-Length: 0\n\n";
+    expectAnswers(
+        {Row("HTTP/1.1 199 Odd\n\n", "199 - "), Row("HTTP/1.1 204 None\n\n", "204 - "),
+         Row("HTTP/1.1 299 Odd\n\nok", "299 - ok"), Row("HTTP/1.1 300 Many\n" + end, "300 0 "),
+         Row("HTTP/1.1 503 Busy\n\nno", "503 - no"), Row("HTTP/1.1 301 Moved\n" + end, "200 3 end"),
+         Row("HTTP/1.1 307 Moved\n" + end, "200 3 end"), Row("HTTP/1.1 305 Proxy\n" + end, "305 0 "),
+         // Wine 8 follows neither 303 nor 308, takes "ftp" for a folder and misses what comes behind 100.
+         Row("HTTP/1.1 303 See\n" + end, "200 3 end", "303 0 "),
+         Row("HTTP/1.1 308 Moved\n" + end, "200 3 end", "308 0 "),
+         Row("HTTP/1.1 302 F\nConnection: close\nLocation: ftp://127.0.0.1/\n\n", "receive 12156", "receive 12152"),
+         Row("HTTP/1.1 100 Continue\n\n" + ok + "\nok", "200 - ok", "receive 12152")});
+    EXPECT_EQ(get("WEB_PORT", "/chain/10"), "200 3 end");
+    EXPECT_EQ(get("WEB_PORT", "/chain/11"), "receive 12156");
+    EXPECT_EQ(get("WEB_PORT", "/loop"), "receive 12156");
 }
 
 TEST(Http, FailsWithWindowsNumbers) {
+    expectAnswers({Row("hello\n\n", "receive 12152"), Row("", "receive 12152")});
+    EXPECT_EQ(get("1", "/"), "send 12029");
+    EXPECT_EQ(get("WEB_PORT", "/", std::wstring(64, L'a') + L".invalid"), "send 12007");
     // Wine 8 has one number for every failed handshake, and takes its authorities from its host alone.
-    expectAnswers({Row("hello\n\n", "receive 12152"), Row("", "receive 12152"),
-                   Row("http://127.0.0.1:1/", "send 12029"),
-                   Row("http://" + std::string(64, 'a') + ".invalid/", "send 12007"),
-                   Row(at("TLS_STRANGER_PORT", "/"), "send 12175", "send 12157"),
-                   Row(at("TLS13_PORT", "/down"), "send 12175", "send 12157"),
-                   Row(at("TLS_PORT", "/down"), "200 3 end", "send 12157")});
-    const std::string broken = get(raw("", "reset")); // for which Wine 8 tells now WinSock's number, now 12152
+    EXPECT_EQ(get("TLS_STRANGER_PORT", "/down"), onWindows ? "send 12157" : "send 12175");
+    EXPECT_EQ(get("TLS13_PORT", "/down"), onWindows ? "send 12157" : "send 12175");
+    EXPECT_EQ(get("TLS_PORT", "/down"), onWindows ? "send 12157" : "200 3 end");
+    const std::string broken = answered("", "reset"); // for which Wine 8 tells now WinSock's number, now 12152
     EXPECT_TRUE(broken == "receive 12030" || (onWindows && broken.starts_with("receive 1"))) << broken;
 }
 
@@ -186,40 +161,38 @@ TEST(Http, UndoesCodings) { // which Wine 8 leaves alone
     const std::string gzip("\x1f\x8b\x08\0\0\0\0\0\0\3\xcb\x48\xcd\xc9\xc9\7\0\x86\xa6\x10\x36\5\0\0\0", 25);
     const std::string bare("\xcb\x48\xcd\xc9\xc9\7\0", 7);
     const std::string zlib = "\x78\x9c" + bare + std::string("\6\x2c\2\x15", 4);
-    expectAnswers(
-        {Row(ok + "Content-Encoding: gzip\nContent-Length: 25\n\n" + gzip, "200 25 hello", "200 25 " + gzip),
-         Row(ok + "Content-Encoding: gzip\n\n" + gzip + gzip, "200 - hellohello", "200 - " + gzip + gzip),
-         Row(ok + "Content-Encoding: gzip\n\n" + gzip.substr(0, 14), "200 - hel", "200 - " + gzip.substr(0, 14)),
-         Row(ok + "Content-Encoding: deflate\n\n" + zlib, "200 - hello", "200 - " + zlib),
-         Row(ok + "Content-Encoding: deflate\n\n" + bare, "200 - hello", "200 - " + bare),
-         Row(ok + "Content-Encoding: gzip\n\nhello", "200 -  read 12152", "200 - hello"),
-         Row(ok + "Content-Encoding: br\n\nhello", "200 - hello")});
+    for (const auto& [coding, body, decoded] : {std::tuple("gzip", gzip, "hello"),
+                                                {"gzip", gzip + gzip, "hellohello"},
+                                                {"gzip", gzip.substr(0, 14), "hel"},
+                                                {"deflate", zlib, "hello"},
+                                                {"deflate", bare, "hello"},
+                                                {"gzip", std::string("none"), " read 12152"},
+                                                {"br", std::string("left"), "left"}})
+        EXPECT_EQ(answered(ok + "Content-Encoding: " + coding + "\n\n" + body), "200 - " + (onWindows ? body : decoded))
+            << coding;
 }
 
 TEST(Http, ReadsLongBodiesFromARealServer) {
     std::string numbers;
     for (int number = 1; number <= 300000; ++number)
         numbers += std::to_string(number) + "\n";
-    const std::string whole = std::to_string(numbers.size()) + " " + numbers;
-    EXPECT_TRUE(get(at("WEB_PORT", "/plain/numbers.txt")) == "200 " + whole);
-    EXPECT_TRUE(get(at("WEB_PORT", "/packed/numbers.txt")) == "200 " + (onWindows ? whole : "- " + numbers));
+    const std::string whole = "200 " + std::to_string(numbers.size()) + " " + numbers;
+    EXPECT_TRUE(get("WEB_PORT", "/numbers.txt") == whole);
+    EXPECT_TRUE(get("WEB_PORT", "/packed/numbers.txt") == (onWindows ? whole : "200 - " + numbers));
 }
 
-TEST(Http, SendsThePathEscapedAndFewHeaderFields) {
-    const std::string sent = get(at("RAW_PORT", "/echo/ x/é€/%41%zz/../a//b;~!$&'()*+,=:@?q=\"1\"<>\\^`{|}[]"));
-    for (const char* text :
-         {" /echo/%20x/%C3%A9%E2%82%AC/%41%zz/../a//b;~!$&'()*+,=:@?q=%221%22%3C%3E%5C%5E%60%7B%7C%7D%5B%5D "
-          "HTTP/1.1\r\n",
-          "\r\nUser-Agent: Contract/1\r\n", "\r\nConnection: Keep-Alive\r\n", "\r\nHost: 127.0.0.1:"})
-        EXPECT_NE(sent.find(text), std::string::npos) << text << sent;
-    EXPECT_EQ(sent.find("\r\nAccept: "), std::string::npos) << sent;
-    EXPECT_EQ(sent.find("\r\nAccept-Encoding: gzip, deflate\r\n") == std::string::npos, onWindows) << sent;
+TEST(Http, SendsThePathEscapedAndFewHeaderFields) { // the agent, the connection, no accepted types, the codings
+    EXPECT_EQ(
+        get("WEB_PORT", "/echo/ x/é€/%41%2f/../a//b;~!$&'()*+,=:@?q=\"1\"<>\\^`{|}[]").substr(8),
+        "GET /echo/%20x/%C3%A9%E2%82%AC/%41%2f/../a//b;~!$&'()*+,=:@?q=%221%22%3C%3E%5C%5E%60%7B%7C%7D%5B%5D HTTP/1.1 "
+        "Contract/1 Keep-Alive ," +
+            std::string(onWindows ? "" : "gzip, deflate"));
 }
 
 TEST(Http, GivesUpOnASilentServer) {
-    const std::string cut = get(raw("HTTP/1.1 200 OK\nContent-Length: 50\n\nhello", "hold"));
+    const std::string cut = answered("HTTP/1.1 200 OK\nContent-Length: 50\n\nhello", "hold");
     EXPECT_EQ(cut, onWindows ? "200 50 hello read 10060" : "200 50 hello read 12002"); // Wine 8 tells WinSock's number
     if (onWindows)
         GTEST_SKIP() << "Wine 8 waits for the first byte without an end";
-    EXPECT_EQ(get(raw("HTTP/1.1 200 OK\nConte", "hold")), "receive 12002");
+    EXPECT_EQ(answered("HTTP/1.1 200 OK\nConte", "hold"), "receive 12002");
 }

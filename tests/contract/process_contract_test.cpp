@@ -12,11 +12,10 @@ DWORD start(const std::filesystem::path& program, std::wstring line, const std::
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process{};
     if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW,
-                          nullptr, folder.empty() ? nullptr : wideFromPath(folder).c_str(), &startup, &process))
+                          nullptr, wideFromPath(folder).c_str(), &startup, &process))
         return ::GetLastError();
-    EXPECT_TRUE(::CloseHandle(process.hThread) && ::CloseHandle(process.hProcess));
     id = process.dwProcessId;
-    return 0;
+    return ::CloseHandle(process.hThread) && ::CloseHandle(process.hProcess) ? 0 : 1;
 }
 
 std::intptr_t elevate(const std::filesystem::path& program, const std::wstring& parameters) {
@@ -34,12 +33,12 @@ TEST(Processes, StartInTheirFolderWithTheirArguments) {
     const std::wstring line =
         L"\"" + wideFromPath(program) + LR"(" report out --pid 7 --replace "C:\a b\x" "" "x\\" a\\b c\"d "e f"g)";
     ASSERT_EQ(start(program, line, folder.path(), id), 0U);
-    ASSERT_TRUE(comesTrue([&] { return std::filesystem::exists(folder / "out"); }));
-    EXPECT_EQ(readFile(folder / "out"), utf8FromPath(folder.path()) + "\n" + utf8FromPath(program) + "\n" +
-                                            setting("DISPLAY") +
-                                            "\n--pid\n7\n--replace\nC:\\a b\\x\n\nx\\\na\\\\b\nc\"d\ne fg");
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
+    const std::string place = utf8FromPath(folder.path()) + "\n";
+    EXPECT_EQ(readFile(folder / "out"),
+              place + place + setting("DISPLAY") + "\n--pid\n7\n--replace\nC:\\a b\\x\n\nx\\\na\\\\b\nc\"d\ne fg");
     // Where there are zombies, nobody is left as one.
-    EXPECT_TRUE(onWindows || comesTrue([&] { return !std::filesystem::exists("/proc/" + std::to_string(id)); }));
+    EXPECT_TRUE(onWindows || eventually([&] { return !std::filesystem::exists("/proc/" + std::to_string(id)); }));
 }
 
 TEST(Processes, AreRefusedWithTheReason) {
@@ -47,18 +46,18 @@ TEST(Processes, AreRefusedWithTheReason) {
     const auto garbage = writeFile(folder / "garbage.exe", "no program at all, whatever its permissions say");
     std::filesystem::permissions(garbage, std::filesystem::perms::owner_all);
     DWORD id = 0;
-    EXPECT_EQ(start(folder / "none.exe", L"x", "", id), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(start(folder / "none" / "none.exe", L"x", "", id), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(start(garbage, L"x", "", id), DWORD{ERROR_BAD_EXE_FORMAT});
+    EXPECT_EQ(start(folder / "none.exe", L"x", folder.path(), id), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(start(folder / "none" / "none.exe", L"x", folder.path(), id), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(start(garbage, L"x", folder.path(), id), DWORD{ERROR_BAD_EXE_FORMAT});
     EXPECT_EQ(start(childProgram(), L"x", folder / "none", id), DWORD{ERROR_DIRECTORY});
     std::filesystem::permissions(garbage, std::filesystem::perms::owner_read); // which Windows has no use for
-    EXPECT_EQ(start(garbage, L"x", "", id), onWindows ? DWORD{ERROR_BAD_EXE_FORMAT} : DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_EQ(start(garbage, L"x", folder.path(), id),
+              onWindows ? DWORD{ERROR_BAD_EXE_FORMAT} : DWORD{ERROR_ACCESS_DENIED});
 }
 
 TEST(Elevation, TellsStartedFromRefusedWithoutWaitingForTheEnd) {
     const TemporaryFolder folder;
-    const auto out = folder / "out";
-    const std::wstring parameters = L"wait \"" + wideFromPath(out) + L"\"";
+    const std::wstring parameters = L"wait \"" + wideFromPath(folder / "out") + L"\"";
 #ifdef _WIN32 // Wine 8 starts the program without a prompt
     EXPECT_GT(elevate(childProgram(), parameters), 32);
 #else // the prompt is played by a program that clears the environment and changes the folder, as pkexec does
@@ -74,9 +73,9 @@ TEST(Elevation, TellsStartedFromRefusedWithoutWaitingForTheEnd) {
     EXPECT_EQ(elevate(childProgram(), L""), SE_ERR_FNF);
     ::setenv("PATH", path.c_str(), 1);
 #endif
-    ASSERT_TRUE(comesTrue([&] { return std::filesystem::exists(out); }));
-    EXPECT_NE(readFile(out).find("\n" + setting("DISPLAY")), std::string::npos) << readFile(out);
-    std::filesystem::remove(out); // and the program ends
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
+    EXPECT_TRUE(readFile(folder / "out").ends_with("\n" + setting("DISPLAY"))) << readFile(folder / "out");
+    std::filesystem::remove(folder / "out"); // and the program ends
     EXPECT_EQ(elevate(folder / "none.exe", L""), SE_ERR_FNF);
 }
 
