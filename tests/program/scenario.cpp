@@ -3,6 +3,8 @@
 #include "launcher/screen.h"
 
 #include <algorithm>
+#include <csignal>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -21,9 +23,8 @@ Picture draw(const fs::path& installation, const job::SharedSnapshot& look) {
     static SDL_Surface* const surface = SDL_CreateSurface(1040, 640, SDL_PIXELFORMAT_XRGB8888);
     static SDL_Renderer* const renderer = SDL_CreateSoftwareRenderer(surface);
     launcher::drawScreen(renderer, installation, look, localNotes);
-    const auto* pixels = static_cast<const std::uint32_t*>(surface->pixels); // without gaps between the rows
     Picture picture(1040 * 640);
-    std::transform(pixels, pixels + picture.size(), picture.begin(), [](auto pixel) { return pixel & 0xFFFFFF; });
+    std::memcpy(picture.data(), surface->pixels, 4 * picture.size()); // without gaps between the rows
     return picture;
 }
 
@@ -111,6 +112,26 @@ void Scenario::see(const job::SharedSnapshot& look) {
         return seen == expected;
     });
     EXPECT_TRUE(shown) << look.statusText << " // " << look.detailText << "\n" << readFile(folder / "output");
+}
+
+void Scenario::holdServer(bool held) const {
+    EXPECT_TRUE(eventually([this] { return !readFile(folder / "nginx/nginx.pid").empty(); }));
+    ::kill(-std::stoi(readFile(folder / "nginx/nginx.pid")), held ? SIGSTOP : SIGCONT);
+}
+
+void Scenario::tryInputs(const job::SharedSnapshot& busy) {
+    see(busy);
+    holdServer(true);
+    clickMain();
+    begin(refresh);
+    begin(repair);
+    display::press("Return");
+    const std::string version = readFile(data / "game_version").substr(0, 5);
+    for (const char* ending : {".0\n", "\n"}) { // a frame that shows the second change began behind the inputs
+        writeFile(data / "game_version", version + ending);
+        see(busy);
+    }
+    holdServer(false);
 }
 
 void Scenario::expectEnd() const {

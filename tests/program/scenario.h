@@ -28,12 +28,15 @@ struct Scenario {
     void publish() const;                           // signs `tree`
     void serve(const std::string& directives = {}); // by a new server in place of the old one
 
-    void begin(Road road); // a start returns with the first frame
+    void holdServer(bool held) const; // no byte and no answer while it is held
+    void begin(Road road);            // a start returns with the first frame
     void clickMain() const { display::click(850, 550); }
+
     // Each waits for what it expects, and fails the test if that doesn't come.
-    void see(const job::SharedSnapshot& look); // the whole window; the bar may stand anywhere while updating
-    void close();                              // by the window: the launcher ends at once
-    void play(const std::string& key = {});    // by a click on PLAY or a key: the launcher ends, one game goes on
+    void see(const job::SharedSnapshot& look);       // the whole window; the bar may stand anywhere while updating
+    void tryInputs(const job::SharedSnapshot& busy); // all that a job ignores, while the server is held
+    void close();                                    // by the window: the launcher ends at once
+    void play(const std::string& key = {});          // by a click on PLAY or a key: the launcher ends, one game goes on
 
     void remember() { before = contents(); } // as a start does
     // What differs since then in the player's folders: files, also where only their times do, and empty folders with a
