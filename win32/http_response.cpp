@@ -43,11 +43,25 @@ BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buf
         std::memcpy(buffer, &status, sizeof(status));
         return TRUE;
     }
+    if (info == WINHTTP_QUERY_RAW_HEADERS_CRLF) {
+        return giveText(opened->transfer->response().text(), buffer, size);
+    }
     if (info != WINHTTP_QUERY_CONTENT_LENGTH) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     const std::optional<std::string>& length = opened->transfer->response().contentLength();
     return length ? giveText(*length, buffer, size) : fail(ERROR_WINHTTP_HEADER_NOT_FOUND);
+}
+
+BOOL WinHttpQueryOption(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD size) {
+    const auto* opened = requestAt(handle, Request::Stage::received);
+    if (opened == nullptr) {
+        return FALSE;
+    }
+    if (option != WINHTTP_OPTION_URL) {
+        return fail(ERROR_WINHTTP_INVALID_OPTION);
+    }
+    return size == nullptr ? fail(ERROR_INVALID_PARAMETER) : giveText(opened->transfer->url(), buffer, size);
 }
 
 BOOL WinHttpQueryDataAvailable(HINTERNET request, LPDWORD available) {

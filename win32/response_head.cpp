@@ -25,8 +25,10 @@ bool isNamed(std::string_view text, std::string_view name) {
 void ResponseHead::takeLine(std::string_view line) {
     if (line.starts_with("HTTP/")) {
         *this = {};
+        lines = line;
         return;
     }
+    lines += line;
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) {
         return;
@@ -46,6 +48,7 @@ void ResponseHead::takeLine(std::string_view line) {
 
 void ResponseHead::finish(long code) {
     statusCode = code;
+    lines += "\r\n";
     // Continue, Processing and Early Hints come before the answer proper. Any other 1xx is one, without a body.
     finished = code != 100 && code != 102 && code != 103;
 }

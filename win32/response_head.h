@@ -20,6 +20,8 @@ public:
     // Whether the head is whole and that of the answer proper.
     bool complete() const { return finished; }
     long status() const { return statusCode; }
+    // Every line as it came, the empty one included.
+    const std::string& text() const { return lines; }
     const std::optional<std::string>& contentLength() const { return lengthText; }
     Coding coding() const { return contentCoding; }
     // How many bytes the body has, if the head tells; no byte beyond them belongs to it.
@@ -31,6 +33,7 @@ private:
     long statusCode = 0;
     std::optional<std::string> lengthText;
     std::string location;
+    std::string lines;
     Coding contentCoding = Coding::none;
     bool chunked = false;
     bool finished = false;

@@ -43,6 +43,8 @@ public:
     void consume(std::size_t count) { body.drop(count); }
 
     const ResponseHead& response() const { return head; }
+    // Where the response came from.
+    const std::string& url() const { return settings.url; }
     DWORD error() const { return failure; }
 
 private:

@@ -1,7 +1,6 @@
 #include "net/download.h"
 
 #include "install/file_handle.h"
-#include "net/http_client.h"
 
 #include <array>
 #include <vector>
@@ -10,9 +9,21 @@ namespace ca::net {
 
 namespace {
 
-// Calls `sink` with each chunk as it arrives. The size of a chunk is the system's choice.
-template <typename Sink>
-bool readBody(const OpenRequest& open, std::string& error, Sink sink) {
+std::uint64_t announcedSize(const OpenRequest& open) {
+    std::array<wchar_t, 64> text{};
+    DWORD size = sizeof text;
+    if (!::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX,
+                               text.data(), &size, WINHTTP_NO_HEADER_INDEX))
+        return 0;
+    std::uint64_t number = 0;
+    for (const wchar_t* digit = text.data(); *digit >= L'0' && *digit <= L'9'; ++digit)
+        number = number * 10 + static_cast<std::uint64_t>(*digit - L'0');
+    return number;
+}
+
+} // namespace
+
+bool readBody(const OpenRequest& open, const BodySink& sink, std::string& error) {
     std::vector<char> chunk;
     for (;;) {
         DWORD available = 0;
@@ -32,27 +43,14 @@ bool readBody(const OpenRequest& open, std::string& error, Sink sink) {
     return false;
 }
 
-std::uint64_t announcedSize(const OpenRequest& open) {
-    std::array<wchar_t, 64> text{};
-    DWORD size = sizeof text;
-    if (!::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX,
-                               text.data(), &size, WINHTTP_NO_HEADER_INDEX))
-        return 0;
-    std::uint64_t number = 0;
-    for (const wchar_t* digit = text.data(); *digit >= L'0' && *digit <= L'9'; ++digit)
-        number = number * 10 + static_cast<std::uint64_t>(*digit - L'0');
-    return number;
-}
-
-} // namespace
-
 bool fetchText(std::string_view url, std::string& text, std::string& error) {
     text.clear();
     OpenRequest open;
-    return openRequest(url, open, error) && readBody(open, error, [&text](const char* data, DWORD count) {
-               text.append(data, count);
-               return true;
-           });
+    const auto append = [&text](const char* data, std::size_t count) {
+        text.append(data, count);
+        return true;
+    };
+    return openRequest(url, open, error) && readBody(open, append, error);
 }
 
 bool downloadToFile(std::string_view url, const std::filesystem::path& destination, const DownloadProgress& progress,
@@ -69,8 +67,8 @@ bool downloadToFile(std::string_view url, const std::filesystem::path& destinati
         return false;
     const std::uint64_t announced = announcedSize(open);
     std::uint64_t done = 0;
-    return readBody(open, error, [&](const char* data, DWORD count) {
-        if (!file.write(data, count)) {
+    const auto store = [&](const char* data, std::size_t count) {
+        if (!file.write(data, static_cast<DWORD>(count))) {
             error = "download_write_failed";
             return false;
         }
@@ -78,7 +76,8 @@ bool downloadToFile(std::string_view url, const std::filesystem::path& destinati
         if (progress)
             progress(done, announced);
         return true;
-    });
+    };
+    return readBody(open, store, error);
 }
 
 } // namespace ca::net

@@ -2,7 +2,6 @@
 
 #include "install/text_file.h"
 #include "update/digest.h"
-#include "update/key_fingerprint.h"
 #include "update/public_key.h"
 
 #include <memory>
@@ -49,9 +48,9 @@ bool decodeHex(std::string_view text, std::vector<unsigned char>& bytes) {
     return true;
 }
 
-bool isPinned(const std::string& keyText) {
+bool hasDigest(const std::string& keyText, std::string_view fingerprint) {
     Sha256Digest digest;
-    return sha256Bytes(keyText.data(), keyText.size(), digest) && sha256Hex(digest) == keyFingerprint;
+    return sha256Bytes(keyText.data(), keyText.size(), digest) && sha256Hex(digest) == fingerprint;
 }
 
 // A null token means that the signature is valid.
@@ -78,7 +77,7 @@ const char* verifyWithKey(std::vector<unsigned char>& blob, Sha256Digest& digest
 } // namespace
 
 bool verifyManifestSignature(std::string_view manifest, std::string_view signature,
-                             const std::filesystem::path& keyFile, std::string& error) {
+                             const std::filesystem::path& keyFile, std::string_view fingerprint, std::string& error) {
     const auto fail = [&error](const char* token) {
         error = token;
         return false;
@@ -86,7 +85,7 @@ bool verifyManifestSignature(std::string_view manifest, std::string_view signatu
     const std::string keyText = install::readTextFile(keyFile);
     if (keyText.empty())
         return fail("update_public_key_missing");
-    if (!isPinned(keyText))
+    if (!hasDigest(keyText, fingerprint))
         return fail("update_public_key_fingerprint_mismatch");
     std::vector<unsigned char> signatureBytes;
     if (!decodeHex(signature, signatureBytes))

@@ -44,9 +44,22 @@ std::string exchange(HINTERNET request) {
     return std::to_string(number) + " " + utf8FromPath(pathFromWide(length)) + " " + readBody(request);
 }
 
+// An answer's head and where it came from.
+std::string headOf(HINTERNET request) {
+    std::wstring head(2000, L'\0'), url(2000, L'\0');
+    auto size = static_cast<DWORD>(head.size() * sizeof(wchar_t)), none = DWORD{0};
+    EXPECT_TRUE(::WinHttpQueryHeaders(request, WINHTTP_QUERY_RAW_HEADERS_CRLF, nullptr, head.data(), &size, nullptr));
+    EXPECT_FALSE(::WinHttpQueryOption(request, WINHTTP_OPTION_URL, nullptr, &none));
+    const bool toldSize = ::GetLastError() == ERROR_INSUFFICIENT_BUFFER;
+    EXPECT_TRUE(onWindows || // Wine 8 lacks this option
+                (toldSize && ::WinHttpQueryOption(request, WINHTTP_OPTION_URL, url.data(), &none)));
+    return utf8FromPath(pathFromWide(head.substr(0, size / sizeof(wchar_t)) + url.c_str()));
+}
+
 // "status length body", with "-" for no Content-Length, or the step that failed and the number. `port` is a setting's
-// name.
-std::string get(const std::string& port, const std::string& path, const std::wstring& host = L"127.0.0.1") {
+// name. `head` gets headOf.
+std::string get(const std::string& port, const std::string& path, const std::wstring& host = L"127.0.0.1",
+                std::string* head = nullptr) {
     const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_NO_PROXY, nullptr, nullptr, 0);
     EXPECT_TRUE(::WinHttpSetTimeouts(session, 4000, 4000, 2000, 2000));
     DWORD protocol = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
@@ -56,6 +69,8 @@ std::string get(const std::string& port, const std::string& path, const std::wst
     const HINTERNET request = ::WinHttpOpenRequest(server, L"GET", wideFromUtf8(path).c_str(), nullptr, nullptr,
                                                    nullptr, port.starts_with("TLS") ? WINHTTP_FLAG_SECURE : 0);
     const std::string result = exchange(request);
+    if (head != nullptr)
+        *head = headOf(request);
     for (const HINTERNET handle : {request, server, session})
         EXPECT_TRUE(::WinHttpCloseHandle(handle));
     return result;
@@ -187,6 +202,15 @@ TEST(Http, SendsThePathEscapedAndFewHeaderFields) { // the agent, the connection
         "GET /echo/%20x/%C3%A9%E2%82%AC/%41%2f/../a//b;~!$&'()*+,=:@?q=%221%22%3C%3E%5C%5E%60%7B%7C%7D%5B%5D HTTP/1.1 "
         "Contract/1 Keep-Alive ," +
             std::string(onWindows ? "" : "gzip, deflate"));
+}
+
+TEST(Http, ShowsTheLastAnswersHeadAndAddress) {
+    std::string head;
+    get("WEB_PORT", "/chain/2", L"127.0.0.1", &head);
+    EXPECT_TRUE(head.starts_with("HTTP/1.1 200 OK\r\n")) << head;
+    EXPECT_NE(head.find("\r\nContent-Length: 3\r\n"), std::string::npos) << head;
+    const std::string url = onWindows ? "" : "http://127.0.0.1:" + setting("WEB_PORT") + "/chain/0";
+    EXPECT_TRUE(head.ends_with("\r\n\r\n" + url)) << head;
 }
 
 TEST(Http, GivesUpOnASilentServer) {

@@ -29,6 +29,7 @@ inline constexpr DWORD WINHTTP_ACCESS_TYPE_DEFAULT_PROXY = 0;
 inline constexpr DWORD WINHTTP_ACCESS_TYPE_NO_PROXY = 1;
 inline constexpr DWORD WINHTTP_FLAG_SECURE = 0x00800000;
 
+inline constexpr DWORD WINHTTP_OPTION_URL = 34;
 inline constexpr DWORD WINHTTP_OPTION_SECURE_PROTOCOLS = 84;
 inline constexpr DWORD WINHTTP_OPTION_REDIRECT_POLICY = 88;
 inline constexpr DWORD WINHTTP_OPTION_DECOMPRESSION = 118;
@@ -42,6 +43,7 @@ inline constexpr DWORD WINHTTP_DECOMPRESSION_FLAG_ALL = 3;
 
 inline constexpr DWORD WINHTTP_QUERY_CONTENT_LENGTH = 5;
 inline constexpr DWORD WINHTTP_QUERY_STATUS_CODE = 19;
+inline constexpr DWORD WINHTTP_QUERY_RAW_HEADERS_CRLF = 22;
 inline constexpr DWORD WINHTTP_QUERY_FLAG_NUMBER = 0x20000000;
 
 inline constexpr LPCWSTR WINHTTP_NO_PROXY_NAME = nullptr;
@@ -102,10 +104,15 @@ HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LP
 // their two; `receive` bounds the time without one byte arriving. An ended time-out is ERROR_WINHTTP_TIMEOUT.
 BOOL WinHttpSetTimeouts(HINTERNET handle, int resolve, int connect, int send, int receive);
 
-// The three options above, each a DWORD; every other one is ERROR_WINHTTP_INVALID_OPTION.
+// The three options that are settings, each a DWORD; every other one is ERROR_WINHTTP_INVALID_OPTION.
 // WINHTTP_OPTION_SECURE_PROTOCOLS belongs to a session and takes TLS 1.2 alone; the others belong to a session or a
 // request.
 BOOL WinHttpSetOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size);
+
+// WINHTTP_OPTION_URL of a request whose response has come: the address that it came from, behind all redirects, with
+// the port even if it is the scheme's own. `*size` is in bytes, and on success excludes the zero; a buffer too small is
+// ERROR_INSUFFICIENT_BUFFER with the size needed. Every other option is ERROR_WINHTTP_INVALID_OPTION.
+BOOL WinHttpQueryOption(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD size);
 
 // Names the server of later requests; nothing goes over the network. `reserved` must be 0.
 HINTERNET WinHttpConnect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DWORD reserved);
@@ -126,8 +133,9 @@ BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength,
 // forbids one hands the redirecting answer back. Headers of more than 64 KiB are ERROR_WINHTTP_HEADER_SIZE_OVERFLOW.
 BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved);
 
-// The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), or the text of
-// Content-Length as the server sent it; `*size` is in bytes, and on success excludes the zero. A header that didn't
+// The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), the text of
+// Content-Length as the server sent it, or the whole head as it sent it (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the empty
+// line behind it; `*size` is in bytes, and on success excludes the zero. A header that didn't
 // come is ERROR_WINHTTP_HEADER_NOT_FOUND, a buffer too small ERROR_INSUFFICIENT_BUFFER with the size needed.
 BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size, LPDWORD index);
 
