@@ -1,0 +1,134 @@
+#include "publish/channel_folder.h"
+
+#include "publish/failure.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <map>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace ca::publish {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* releasesName = ".releases"; // no channel's name
+constexpr const char* newName = ".new";           // no version
+constexpr const char* oldName = ".old";
+
+void makeFolder(const fs::path& folder) {
+    if (::mkdir(folder.c_str(), 0755) == 0)
+        fs::permissions(folder, fs::perms(0755)); // whatever the umask: a web server reads it
+    else if (errno != EEXIST)
+        failWithReason("can't make the folder " + folder.string());
+}
+
+void removeAll(const fs::path& path) {
+    std::error_code error;
+    fs::remove_all(path, error);
+    if (error)
+        throw Failure("can't remove " + path.string() + ": " + error.message());
+}
+
+void move(const fs::path& from, const fs::path& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0)
+        failWithReason("can't move " + from.string() + " to " + to.string());
+}
+
+// Everything of the file system on which `path` lies: one call, where one for each of many files would take minutes.
+void flushDisk(const fs::path& path) {
+    const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder || ::syncfs(folder.get()) != 0)
+        failWithReason("can't bring the release to the disk below " + path.string());
+}
+
+} // namespace
+
+bool isChannelName(const std::string& name) {
+    return !name.empty() && name.size() <= 64 && name.front() != '.' &&
+           name.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.") ==
+               std::string::npos;
+}
+
+fs::path livePath(const fs::path& root, const std::string& channel) {
+    return root / channel / platformName;
+}
+
+ChannelFolder::ChannelFolder(const fs::path& root, const std::string& channel)
+    : root_(root), link_(livePath(root, channel)), releases_(root / releasesName / channel) {
+    std::error_code ignored; // whatever is wrong shows in the next step
+    fs::create_directories(root.parent_path(), ignored);
+    for (const fs::path& folder : {root_, releases_.parent_path(), releases_, link_.parent_path()})
+        makeFolder(folder);
+    lock_ = Descriptor(::open(releases_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!lock_)
+        failWithReason("can't open " + releases_.string());
+    if (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0)
+        throw Failure("another release is being made in " + root.string() + ": wait for its end");
+    for (const char* name : {newName, oldName})
+        removeAll(releases_ / name);
+}
+
+ChannelFolder::~ChannelFolder() {
+    std::error_code ignored; // the next run tries again
+    fs::remove_all(releases_ / newName, ignored);
+}
+
+fs::path ChannelFolder::live() const {
+    const fs::file_status status = fs::symlink_status(link_);
+    if (!fs::exists(status))
+        return {};
+    if (!fs::is_symlink(status))
+        throw Failure(link_.string() + " isn't a link to a release: move it away, or name another channel root");
+    const fs::path target = link_.parent_path() / fs::read_symlink(link_);
+    if (target.lexically_normal().parent_path() != releases_.lexically_normal())
+        throw Failure(link_.string() + " leads out of " + releases_.string() + ": move it away");
+    return target.lexically_normal();
+}
+
+fs::path ChannelFolder::newRelease() const {
+    makeFolder(releases_ / newName);
+    return releases_ / newName;
+}
+
+fs::path ChannelFolder::publish(const std::string& version) const {
+    fs::path place = releases_ / version;
+    for (int number = 2; fs::exists(fs::symlink_status(place)); ++number)
+        place = releases_ / (version + "_" + std::to_string(number)); // no version has that character
+    flushDisk(releases_);
+    move(releases_ / newName, place);
+    const fs::path fresh = link_.parent_path() / ".windows.new";
+    const fs::path target = fs::path("..") / releasesName / releases_.filename() / place.filename();
+    removeAll(fresh);
+    if (::symlink(target.c_str(), fresh.c_str()) != 0)
+        failWithReason("can't make the link " + fresh.string());
+    move(fresh, link_);
+    flushDisk(link_.parent_path());
+    return place;
+}
+
+std::vector<std::string> ChannelFolder::keepOnly(std::size_t count) const {
+    const fs::path current = live();
+    std::multimap<fs::file_time_type, fs::path, std::greater<>> others; // the time at which each was signed
+    for (const fs::directory_entry& entry : fs::directory_iterator(releases_)) {
+        std::error_code none;
+        if (const auto time = fs::last_write_time(entry.path() / signatureName, none); entry.path() != current)
+            others.emplace(none ? fs::file_time_type::min() : time, entry.path());
+    }
+    std::vector<std::string> removed;
+    for (const auto& [time, path] : others) {
+        if (count != 0) {
+            --count;
+            continue;
+        }
+        move(path, releases_ / oldName); // a half of it never stands under its name
+        removeAll(releases_ / oldName);
+        removed.push_back(path.filename().string());
+    }
+    return removed;
+}
+
+} // namespace ca::publish

@@ -1,0 +1,69 @@
+#include "publish/descriptor.h"
+
+#include "publish/failure.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace ca::publish {
+
+Descriptor openForReading(const std::filesystem::path& path) {
+    // Not blocking, because opening a pipe would wait for its writer.
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!file)
+        failWithReason("can't read " + path.string());
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        throw Failure("can't read " + path.string() + ": it isn't a plain file");
+    return file;
+}
+
+Descriptor createFile(const std::filesystem::path& path, unsigned mode) {
+    Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!file || ::fchmod(file.get(), mode) != 0)
+        failWithReason("can't make " + path.string());
+    return file;
+}
+
+std::size_t readSome(const Descriptor& file, void* buffer, std::size_t size, const std::filesystem::path& path) {
+    for (;;) {
+        const ssize_t count = ::read(file.get(), buffer, size);
+        if (count >= 0)
+            return static_cast<std::size_t>(count);
+        if (errno != EINTR)
+            failWithReason("can't read " + path.string());
+    }
+}
+
+void writeAll(const Descriptor& file, const void* data, std::size_t size, const std::filesystem::path& path) {
+    for (const char* rest = static_cast<const char*>(data); size != 0;) {
+        const ssize_t count = ::write(file.get(), rest, size);
+        if (count < 0 && errno != EINTR)
+            failWithReason("can't write " + path.string());
+        const std::size_t written = count < 0 ? 0 : static_cast<std::size_t>(count);
+        rest += written;
+        size -= written;
+    }
+}
+
+std::string readWhole(const std::filesystem::path& path) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC)); // a link may lead to a key
+    if (!file)
+        failWithReason("can't read " + path.string());
+    std::string text;
+    std::array<char, 65536> buffer;
+    while (const std::size_t count = readSome(file, buffer.data(), buffer.size(), path))
+        text.append(buffer.data(), count);
+    return text;
+}
+
+void writeNewFile(const std::filesystem::path& path, std::string_view text, unsigned mode) {
+    const Descriptor file = createFile(path, mode);
+    writeAll(file, text.data(), text.size(), path);
+    if (::fsync(file.get()) != 0)
+        failWithReason("can't write " + path.string());
+}
+
+} // namespace ca::publish

@@ -1,0 +1,101 @@
+#include "publish/release.h"
+
+#include "publish/channel_folder.h"
+#include "publish/descriptor.h"
+#include "publish/failure.h"
+#include "publish/manifest_text.h"
+#include "publish/place_files.h"
+#include "publish/proof.h"
+#include "publish/tree.h"
+#include "update/version.h"
+
+#include <algorithm>
+
+namespace ca::publish {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+std::string joined(const Lines& lines) {
+    std::string text;
+    for (const std::string& line : lines)
+        text += (text.empty() ? "" : "\n") + line;
+    return text;
+}
+
+// What the release is to replace. Both refusals are there to be overruled, by someone who means it.
+void judgeLive(const ReleaseOrder& order, const fs::path& live, const fs::path& key, Lines& problems) {
+    if (live.empty())
+        return;
+    update::UpdateManifest manifest;
+    std::string error;
+    if (!order.allowNewKey && !readRelease(live, key, manifest, error))
+        problems.push_back(
+            "the live release in " + live.string() + " isn't signed with this key (" + error +
+            "): launchers that believe that one would refuse the new release; --new-key if that is meant");
+    else if (std::string text = readWhole(live / manifestName); !update::parseManifest(text, manifest, error))
+        problems.push_back(live.string() + " holds no manifest that can be read (" + error + "): move it away");
+    if (!order.allowOlder && update::compareVersions(order.version, manifest.version) <= 0)
+        problems.push_back("version " + order.version + " isn't newer than the live " + manifest.version +
+                           ", and launchers install no older one; --allow-older if that is meant");
+}
+
+update::UpdateManifest headerOf(const ReleaseOrder& order) {
+    update::UpdateManifest manifest;
+    manifest.product = "cold-anchor";
+    manifest.channel = order.channel;
+    manifest.platform = platformName;
+    manifest.version = order.version;
+    manifest.protocol_version = order.protocolVersion;
+    manifest.minimum_online_version = order.minimumOnlineVersion;
+    manifest.mandatory = order.mandatory;
+    manifest.release_notes = order.notes;
+    return manifest;
+}
+
+} // namespace
+
+ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& passphrase,
+                          const std::function<void(const std::string&)>& warn) {
+    Lines problems = refusalsOf(order);
+    const Tree tree = scanTree(order.tree);
+    problems.insert(problems.end(), tree.problems.begin(), tree.problems.end());
+    if (!problems.empty())
+        throw Failure(joined(problems));
+    const PrivateKey key(order.privateKey, passphrase);
+
+    const ChannelFolder channel(order.root, order.channel);
+    const fs::path stage = channel.newRelease();
+    fs::path publicKey = order.publicKey.empty() ? order.privateKey.parent_path() / publicKeyName : order.publicKey;
+    const bool derived = order.publicKey.empty() && !fs::exists(publicKey);
+    if (derived)
+        writeNewFile(publicKey = stage / publicKeyName, key.publicText(), 0644);
+    const fs::path live = channel.live();
+    judgeLive(order, live, publicKey, problems);
+    if (!problems.empty())
+        throw Failure(joined(problems));
+    for (const Lines& warnings : {warningsAbout(order), tree.warnings})
+        std::for_each(warnings.begin(), warnings.end(), warn);
+
+    ReleaseResult result;
+    result.manifest = headerOf(order);
+    PlacedFiles placed =
+        placeFiles(tree, stage / filesName, live.empty() ? live : live / filesName, order.linked, order.threads);
+    result.manifest.files = std::move(placed.files);
+    result.shared = placed.shared;
+    const std::string text = manifestText(result.manifest);
+    writeNewFile(stage / manifestName, text, 0644);
+    writeNewFile(stage / signatureName, key.sign(text) + "\n", 0644);
+    proveRelease(stage, publicKey, result.manifest);
+    result.fingerprint = fingerprintOf(publicKey);
+    if (derived)
+        fs::remove(publicKey);
+    result.folder = channel.publish(order.version);
+    result.removed = channel.keepOnly(order.keep);
+    return result;
+}
+
+} // namespace ca::publish
