@@ -15,7 +15,7 @@ namespace {
 constexpr const char* promptScript = R"(#!/bin/sh
 cd "$(dirname "$0")/../prompt" || exit 1
 for word in $$ "$@"; do printf '%s\n' "$word"; done >draft && mv draft asked
-until [ -e answer ]; do sleep 0.01; done
+until [ -e answer ]; do [ -e "$0" ] && sleep 0.01 || exit 1; done
 read -r status <answer && rm answer && exit "$status"
 )";
 
@@ -40,8 +40,14 @@ struct LimitedPlayer : Machine {
     }
     // Runs what is asked for as the administrator would be made to, on the prompt's own streams.
     std::unique_ptr<ca::demo::Process> grant() const {
-        std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software",
-                                         "sh",  "-c", "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"};
+        std::vector<std::string> command{"env",
+                                         "-i",
+                                         "SDL_RENDER_DRIVER=software",
+                                         "SDL_FRAMEBUFFER_ACCELERATION=0",
+                                         "sh",
+                                         "-c",
+                                         "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"};
+        EXPECT_TRUE(eventually([this] { return fs::exists(prompt / "asked"); })); // the window says so before
         std::istringstream asked(readFile(prompt / "asked"));
         for (std::string word; std::getline(asked, word);)
             command.push_back(word);
