@@ -67,7 +67,8 @@ ChannelFolder::ChannelFolder(const fs::path& root, const std::string& channel)
     if (!lock_)
         failWithReason("can't open " + releases_.string());
     if (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0)
-        throw Failure("another release is being made in " + root.string() + ": wait for its end");
+        failWithReason(errno == EWOULDBLOCK ? "another release is being made in " + root.string() + ", wait for its end"
+                                            : "can't lock " + releases_.string());
     for (const char* name : {newName, oldName})
         removeAll(releases_ / name);
 }

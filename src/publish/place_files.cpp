@@ -105,7 +105,7 @@ void makeFolders(const Tree& tree, const fs::path& target) {
             if (!folders.insert(target / folder).second)
                 break;
     for (const fs::path& folder : folders) // a parent comes before what is in it
-        if (::mkdir(folder.c_str(), 0755) != 0 && !fs::is_directory(folder))
+        if (::mkdir(folder.c_str(), 0755) != 0)
             failWithReason("can't make the folder " + folder.string());
         else
             fs::permissions(folder, fs::perms(0755)); // whatever the umask: a web server reads it

@@ -1,0 +1,190 @@
+// From a tree to a live release, as one process sees it.
+#include "demo/nginx.h"
+#include "publish/channel_folder.h"
+#include "publish/difference.h"
+#include "publish/serve.h"
+#include "publish/studio.h"
+#include "update/digest.h"
+#include "update/key_fingerprint.h"
+#include "update/updater.h"
+
+#include <cstring>
+#include <sys/stat.h>
+
+using namespace ca::test;
+namespace publish = ca::publish;
+
+namespace {
+char pinned[65];
+}
+const std::string_view ca::update::keyFingerprint(pinned, 64);
+
+const fs::path& ca::test::keyFolder() {
+    static const TemporaryFolder folder;
+    static const bool made = [] {
+        publish::makeKeyPair(folder.path(), 2048, std::nullopt);
+        std::memcpy(pinned, publish::fingerprintOf(folder / publish::publicKeyName).data(), 64);
+        return true;
+    }();
+    EXPECT_TRUE(made);
+    return folder.path();
+}
+
+TEST(Release, IsWhatLaunchersInstall) {
+    Studio studio;
+    const std::map<std::string, std::string> files{{"maps/Nord mole's [big] + & (1) = ~@!$;,^`{}.pak", "odd"},
+                                                   {"caf\u00E9.txt", "composed"},
+                                                   {"cafe\u0301.txt", "decomposed"},
+                                                   {"\u30A2\u30F3\u30AB\u30FC/\U0001F6A2", "far"},
+                                                   {"empty", ""},
+                                                   {"size", "key"},
+                                                   {"..x/...z", "dots"},
+                                                   {"blanks", std::string(700'000, '\0') + "end"},
+                                                   {std::string(240, 'l'), "long"}};
+    for (const auto& [path, bytes] : files)
+        studio.put(path, bytes);
+    for (int c = 0; c < 0x80; ++c)
+        studio.order.notes += static_cast<char>(c);
+    studio.order.notes += "\r\n\\\"\\u00e9 caf\u00E9";
+    studio.order.mandatory = true;
+    studio.order.threads = 3;
+    ASSERT_EQ(studio.release(), "released");
+
+    publish::ServeOrder serving;
+    serving.root = studio.root;
+    const std::string lines(publish::channelConfiguration);
+    const ca::demo::Nginx server(studio.folder / "nginx", {studio.root, 0, lines});
+    for (const publish::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
+        EXPECT_TRUE(seen.findings.empty()) << seen.findings.front().where << seen.findings.front().what;
+        EXPECT_EQ(seen.manifest.files.size(), files.size() + 4);
+    }
+    const fs::path game = studio.folder / "installation";
+    writeFile(game / "data/update_public_key.pem", readFile(keyFolder() / publish::publicKeyName));
+    ca::update::Updater updater(game);
+    updater.serverUrl = server.url();
+    ca::update::UpdatePlan plan;
+    std::string error;
+    fs::path launcher;
+    ASSERT_TRUE(updater.check("stable", plan, error)) << error;
+    EXPECT_TRUE(plan.manifest.release_notes == studio.order.notes && plan.manifest.mandatory);
+    ASSERT_TRUE(updater.apply(plan, {}, error, &launcher)) << error;
+    for (const auto& [path, bytes] : files)
+        EXPECT_TRUE(readFile(game / path) == bytes) << path;
+    EXPECT_EQ(readFile(launcher), "launcher");
+    struct stat status {};
+    EXPECT_EQ(::stat((studio.live / "files/blanks").c_str(), &status), 0);
+    EXPECT_LT(status.st_blocks * 512, 400'000); // zeros take no room
+}
+
+TEST(Release, IsTheSameBytesForTheSameTree) {
+    Studio studio;
+    ASSERT_EQ(studio.release(), "released");
+    const std::string manifest = readFile(studio.live / "manifest.json"),
+                      signature = readFile(studio.live / "manifest.sig");
+    for (const unsigned threads : {1U, 8U})
+        for (const bool linked : {false, true}) {
+            studio.order.root = studio.folder / ("other" + std::to_string(threads) + (linked ? "linked" : ""));
+            studio.order.threads = threads;
+            studio.order.linked = linked;
+            ASSERT_EQ(studio.release(), "released");
+            EXPECT_EQ(readFile(studio.order.root / "stable/windows/manifest.json"), manifest);
+            EXPECT_EQ(readFile(studio.order.root / "stable/windows/manifest.sig"), signature);
+            EXPECT_EQ(fs::equivalent(studio.order.root / "stable/windows/files/data/first.dat",
+                                     studio.tree / "data/first.dat"),
+                      linked);
+        }
+}
+
+TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
+    Studio studio;
+    studio.order.keep = 2;
+    for (const char* version : {"1.4.2", "1.4.3", "1.4.10", "1.5"}) {
+        studio.order.version = version;
+        studio.put("data/version.dat", version);
+        const fs::path before = fs::exists(studio.live) ? fs::canonical(studio.live) : fs::path();
+        ASSERT_EQ(studio.release(), "released");
+        const bool first = before.empty();
+        EXPECT_EQ(studio.result.shared, first ? 0U : 4U);
+        EXPECT_TRUE(first || fs::equivalent(before / "files/data/first.dat", studio.live / "files/data/first.dat"));
+        EXPECT_EQ(readFile(studio.live / "files/data/version.dat"), version);
+        EXPECT_TRUE(first || readFile(before / "files/data/version.dat") != version);
+        EXPECT_TRUE(studio.check().good());
+    }
+    EXPECT_EQ(studio.result.removed, Lines{"1.4.2"});
+    const fs::path releases = studio.root / ".releases/stable";
+    EXPECT_EQ(std::distance(fs::directory_iterator(releases), {}), 3);
+    EXPECT_EQ(publish::compareReleases(publish::loadManifest(releases / "1.4.3"),
+                                       publish::loadManifest(studio.live / "manifest.json"))
+                  .downloadBytes,
+              3U);
+}
+
+TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
+    Studio studio;
+    ASSERT_EQ(studio.release(), "released");
+    const auto live = fs::canonical(studio.live);
+    EXPECT_NE(studio.release().find("isn't newer than the live 1.4.2"), std::string::npos);
+    studio.order.version = "1.4.2-rc2"; // which launchers take for the same
+    EXPECT_NE(studio.release().find("--allow-older"), std::string::npos);
+    studio.order.version = "1.5";
+    studio.order.minimumOnlineVersion = "1.6";
+    studio.order.notes = "\xFF";
+    studio.order.channel = "../x";
+    for (const auto& [path, bytes] : std::map<std::string, std::string>{
+             {"Data/FIRST.dat", "x"}, {"data/first.dat/x", ""}, {"a", "x"}, {"A/b", "x"}, {"save/x", "x"}, {"b?", "x"}})
+        if (path != "data/first.dat/x")
+            studio.put(path, bytes);
+    fs::create_symlink("a", studio.tree / "link");
+    ASSERT_EQ(::mkfifo((studio.tree / "pipe").c_str(), 0600), 0);
+    const std::string text = studio.release();
+    for (const char* part : {"--minimum-online-version 1.6 is newer", "aren't UTF-8", "\"../x\" has no usable name",
+                             "are one file on Windows", "A/b needs a folder where a is a file", "save/x lies",
+                             "b? has '?'", "link is a link", "pipe is neither"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 8) << text;
+    studio.order.channel = "stable";
+    EXPECT_EQ(fs::canonical(studio.live), live);
+    EXPECT_TRUE(studio.check().good());
+    EXPECT_EQ(std::distance(fs::directory_iterator(studio.root / ".releases/stable"), {}), 1);
+}
+
+TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
+    Studio studio;
+    studio.put("empty", "/");
+    studio.put("d" + std::string(200, 'x') + "/y", "");
+    studio.put("data/update_server.txt", "https://a/");
+    studio.order.notes = "caf\u00E9";
+    ASSERT_EQ(studio.release(), "released");
+    for (const char* part : {"empty is an empty folder", "fewer than 80", "beyond ASCII", "/y has a path of 2",
+                             "update_server.txt sends launchers"})
+        EXPECT_TRUE(std::any_of(studio.warnings.begin(), studio.warnings.end(), [&](const std::string& warning) {
+            return warning.find(part) != std::string::npos;
+        })) << part;
+    EXPECT_EQ(studio.warnings.size(), 5U);
+
+    const TemporaryFolder other;
+    publish::makeKeyPair(other.path(), 2048, std::nullopt);
+    studio.order.version = "1.5";
+    studio.order.publicKey = other / publish::publicKeyName; // not the other half
+    EXPECT_NE(studio.release().find("isn't signed with this key"), std::string::npos);
+    studio.order.allowNewKey = true;
+    EXPECT_NE(studio.release().find("manifest_signature_verify_failed"), std::string::npos);
+    studio.order.privateKey = other / publish::privateKeyName;
+    fs::remove(studio.order.publicKey); // derived then
+    studio.order.publicKey.clear();
+    EXPECT_TRUE(studio.check().good());
+    EXPECT_EQ(studio.release(), "released");
+    EXPECT_FALSE(fs::exists(studio.live / publish::publicKeyName));
+    EXPECT_FALSE(studio.check().good());
+
+    studio.order.version = "1.6";
+    {
+        const publish::ChannelFolder busy(studio.root, "stable");
+        EXPECT_NE(studio.release().find("another release is being made"), std::string::npos);
+    }
+    studio.order.root = studio.tree / "channel";
+    EXPECT_NE(studio.release().find("lies in the tree"), std::string::npos);
+    studio.order.root = studio.folder / "elsewhere";
+    fs::create_directories(studio.order.root / "stable/windows");
+    EXPECT_NE(studio.release().find("isn't a link"), std::string::npos);
+}

@@ -1,0 +1,167 @@
+// What needs no disk: names, versions, the manifest's text, an answer's head, differences.
+#include "publish/answer_rules.h"
+#include "publish/difference.h"
+#include "publish/manifest_text.h"
+#include "publish/name_rules.h"
+#include "publish/order.h"
+
+#include <gtest/gtest.h>
+
+using namespace ca::publish;
+using ca::update::ManifestFile;
+using ca::update::UpdateManifest;
+
+TEST(Names, AreRefusedWhereWindowsOrAnAddressWouldRefuseThem) {
+    for (const std::string good :
+         {"a", "Nord mole's [big] + & (1) = ~ @ ! $ ; , ^ ` {}.pak", "caf\u00E9/cafe\u0301/\u30A2", "..x/.y/...z",
+          "console", "COM10", "COM", "nul_", "save", "saves/x", "data/update_server.txt",
+          "data/update_public_key.pem.txt", "long~1name", "~1", "PATCH_NOTES~1234.txt", "ColdAnchorLauncher.exe",
+          "ColdAnchorLauncher.exe.bak/x"})
+        EXPECT_EQ(refusalOf(good), good == "save" ? "lies where the player's own files do: take it out of the tree, or "
+                                                    "name the folder otherwise"
+                                                  : "")
+            << good;
+    EXPECT_EQ(refusalOf(std::string(240, 'a')), "");
+    for (const auto& [bad, part] :
+         std::initializer_list<std::pair<std::string, const char*>>{{std::string(241, 'a'), "241 bytes"},
+                                                                    {"a\xFF", "UTF-8"},
+                                                                    {"a\nb", "control"},
+                                                                    {"a\\b", "'\\'"},
+                                                                    {"a:b", "':'"},
+                                                                    {"a<b", "'<'"},
+                                                                    {"a>", "'>'"},
+                                                                    {"\"a\"", "'\"'"},
+                                                                    {"a|b", "'|'"},
+                                                                    {"a*", "'*'"},
+                                                                    {"a?", "'?'"},
+                                                                    {"50%", "'%'"},
+                                                                    {"C#/x", "'#'"},
+                                                                    {"a./b", "dot or a blank"},
+                                                                    {"a/b ", "dot or a blank"},
+                                                                    {"con", "device"},
+                                                                    {"a/NUL.tar.gz", "device"},
+                                                                    {"aux .x", "device"},
+                                                                    {"COM1", "device"},
+                                                                    {"lpt\u00B2.x", "device"},
+                                                                    {"conin$", "device"},
+                                                                    {"SAVEGA~1/x", "short form"},
+                                                                    {"A~12.TXT", "short form"},
+                                                                    {"save/x", "player"},
+                                                                    {"Save/x", "player"},
+                                                                    {"USERDATA/x", "player"},
+                                                                    {".ColdAnchor-Update/x", "launcher works"},
+                                                                    {"data/Update_Public_Key.pem", "key"},
+                                                                    {"Data/game_version", "marker"},
+                                                                    {"DATA", "folder data"},
+                                                                    {"tools/ColdAnchorLauncher.exe", "launcher's name"},
+                                                                    {"coldanchorlauncher.EXE", "launcher's name"}})
+        EXPECT_NE(refusalOf(bad).find(part), std::string::npos) << bad << ": " << refusalOf(bad);
+    EXPECT_EQ(foldedPath("stra\u00DFe/\u00C9\u03C9"), foldedPath("STRA\u00DFE/\u00E9\u03A9"));
+    EXPECT_NE(foldedPath("caf\u00E9"), foldedPath("cafe\u0301"));
+    EXPECT_EQ(longestInstalledPath("\U0001F600\u00E9a"), longestInstalledPath("1234"));
+}
+
+TEST(Versions, AreRefusedUnlessLaunchersCanOrderThem) {
+    for (const char* good : {"1", "1.4.2", "0.16.117.0.3", "1.4.2-rc1", "1.4.2+b.7", "999999999.0"})
+        EXPECT_EQ(versionRefusal(good), "") << good;
+    for (const std::string bad : {"", ".", "1.", ".1", "1..2", "v1.2", "1.2rc", "1.2-", "1.2 ", "1/2", "1.2-a_b",
+                                  "1.2-\u00E9", "1234567890.1", "1.2-../x"})
+        EXPECT_NE(versionRefusal(bad), "") << bad;
+    EXPECT_NE(versionRefusal("1-" + std::string(63, 'a')), "");
+}
+
+namespace {
+
+UpdateManifest exampleManifest() {
+    UpdateManifest m;
+    m.product = "cold-anchor";
+    m.platform = "windows";
+    m.channel = "files"; // the names of keys, in the places where they could be taken for them
+    m.version = "1.4.2-rc1";
+    m.protocol_version = -7;
+    m.minimum_online_version = "1.3";
+    m.mandatory = true;
+    for (int c = 0; c < 256; ++c)
+        m.release_notes += static_cast<char>(c);
+    m.release_notes += "\\u00e9 \"files\": [{\"path\": \"x\"}] \r\n\\";
+    return m;
+}
+
+void expectReadsBack(const UpdateManifest& m) {
+    UpdateManifest seen;
+    std::string error;
+    ASSERT_TRUE(ca::update::parseManifest(manifestText(m), seen, error)) << error;
+    EXPECT_EQ(std::tie(seen.format, seen.product, seen.channel, seen.platform, seen.version, seen.protocol_version,
+                       seen.minimum_online_version, seen.mandatory, seen.release_notes),
+              std::tie(m.format, m.product, m.channel, m.platform, m.version, m.protocol_version,
+                       m.minimum_online_version, m.mandatory, m.release_notes));
+    ASSERT_EQ(seen.files.size(), m.files.size());
+    for (std::size_t i = 0; i < m.files.size(); ++i)
+        ASSERT_EQ(std::tie(seen.files[i].path, seen.files[i].sha256, seen.files[i].size, seen.files[i].executable),
+                  std::tie(m.files[i].path, m.files[i].sha256, m.files[i].size, m.files[i].executable));
+}
+
+} // namespace
+
+TEST(ManifestText, ReadsBackWhateverItHolds) {
+    UpdateManifest m = exampleManifest();
+    for (const char* path : {"path", "sha256", "size", "executable", "true", "files",
+                             "a b's [x] {y} + & \"z\", caf\u00E9 cafe\u0301", "]", "}", "{\"", "format"})
+        m.files.push_back({path, std::string(64, 'a'), m.files.size() % 2 == 0 ? 0 : std::uint64_t{1} << 40,
+                           m.files.size() % 3 == 0});
+    expectReadsBack(m);
+    for (const char* key : {"format", "product", "channel", "platform", "version", "protocol_version",
+                            "minimum_online_version", "mandatory", "release_notes", "files", "path", "sha256"}) {
+        SCOPED_TRACE(key);
+        m.release_notes = key;
+        m.channel = "stable";
+        expectReadsBack(m);
+        std::swap(m.channel, m.release_notes);
+        m.release_notes = "[ : \" ]";
+        expectReadsBack(m);
+    }
+    while (m.files.size() < 100'000)
+        m.files.push_back({"maps/" + std::to_string(m.files.size()), std::string(64, '0'), m.files.size(), false});
+    expectReadsBack(m);
+}
+
+TEST(Answers, AreJudgedByWhatCachesAndPlayersMakeOfThem) {
+    constexpr const char* fresh = "ETag: \"1\"\r\nCache-Control: no-cache\r\n";
+    struct Row {
+        std::string finalUrl, fields;
+        const char* verdict; // '!' for a problem, '.' for advice
+    };
+    for (const Row& row : {
+             Row{"", fresh, ""},
+             Row{"", "Last-Modified: x\r\ncache-control:  NO-STORE \r\n", ""},
+             Row{"", "ETag: x\r\nCache-Control: private, max-age=60\r\n", ""},
+             Row{"", "ETag: x\r\nCache-Control: max-age=61\r\n", "!"},
+             Row{"", "ETag: x\r\nCache-Control: max-age=0\r\nCache-Control: s-maxage=300\r\n", "!"},
+             Row{"", "ETag: x\r\nCache-Control: max-age=0, immutable\r\n", "!"},
+             Row{"", "ETag: x\r\n", "."},
+             Row{"", "Cache-Control: max-age=0\r\n", "."},
+             Row{"https://a:443/b c%2B", fresh, ""},
+             Row{"https://A/b%20c+", fresh, ""},
+             Row{"https://other/b%20c+", fresh, "."},
+             Row{"http://a/b%20c+", fresh, "!"},
+             Row{"", std::string(fresh) + "Content-Encoding: gzip\r\n", "."},
+             Row{"", std::string(fresh) + "Content-Encoding: br\r\n", "!"},
+         }) {
+        AnswerHead head{"https://a/b c+", row.finalUrl.empty() ? "https://a/b%20c+" : row.finalUrl,
+                        "HTTP/1.1 200 OK\r\n" + row.fields + "\r\n", false};
+        std::string verdict;
+        for (const Finding& finding : judgeAnswer(head))
+            verdict += finding.isProblem ? '!' : '.';
+        EXPECT_EQ(verdict, row.verdict) << row.finalUrl << row.fields;
+    }
+}
+
+TEST(Difference, CountsWhatAPlayerDownloads) {
+    UpdateManifest older, newer;
+    older.files = {{"gone", "1", 5, false}, {"same", "2", 7, false}, {"other", "3", 11, false}};
+    newer.files = {{"other", "4", 13, false}, {"same", "2", 7, false}, {"fresh", "5", 17, false}};
+    const Difference difference = compareReleases(older, newer);
+    EXPECT_EQ(difference.downloadBytes, 30U);
+    ASSERT_TRUE(difference.added.size() == 1 && difference.changed.size() == 1 && difference.removed.size() == 1);
+    EXPECT_EQ(difference.added[0].path + difference.changed[0].path + difference.removed[0].path, "freshothergone");
+}
