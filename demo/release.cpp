@@ -1,7 +1,5 @@
 #include "release.h"
 
-#include "icon.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -106,8 +104,7 @@ void writeRelease(const fs::path& tree, const fs::path& programs) {
             writeNoise(tree, std::string(one.folder) + "/" + one.name + std::to_string(number) + one.ending, one.size);
     writeNoise(tree, "data/Maps/Cold Harbour.pak", 3'000'000);
     writeText(tree / "data/patch_notes.txt", releaseNotes());
-    fs::create_directories(tree / "assets/launcher");
-    writeIcon(tree / "assets/launcher/cold_anchor_launcher.png", 256);
+    fs::copy(programs / "assets", tree / "assets", fs::copy_options::recursive);
 }
 
 const char* nextReleaseNotes() {
