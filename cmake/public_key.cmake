@@ -21,6 +21,7 @@ endif()
 
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${key_file})
 file(SHA256 ${key_file} COLDANCHOR_KEY_FINGERPRINT)
+set(COLDANCHOR_PUBLIC_KEY_FILE ${key_file})
 configure_file(${CMAKE_CURRENT_LIST_DIR}/key_fingerprint.cpp.in ${PROJECT_BINARY_DIR}/generated/key_fingerprint.cpp @ONLY)
 add_library(ca_public_key OBJECT ${PROJECT_BINARY_DIR}/generated/key_fingerprint.cpp)
 target_include_directories(ca_public_key PRIVATE ${PROJECT_SOURCE_DIR}/src)

@@ -18,4 +18,5 @@ function(ca_windows_program target version description)
         COMMAND ${objcopy} --only-keep-debug $<TARGET_FILE:${target}> ${symbols}
         COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${symbols} $<TARGET_FILE:${target}>
         BYPRODUCTS ${symbols} VERBATIM)
+    set_target_properties(${target} PROPERTIES SYMBOLS ${symbols})
 endfunction()

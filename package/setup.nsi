@@ -1,0 +1,348 @@
+; The setup program. Installs launcher, helper, icon and the two data files; the launcher downloads the game at its first
+; start. Made by makensis with these definitions: VERSION, PUBLISHER, FILES (the folder of what is installed), OUTPUT,
+; ICON, and SIGN (a command that signs the uninstaller; optional).
+;
+;   ColdAnchorSetup-<version>.exe [/S] [/ALLUSERS] [/D=FOLDER]
+;
+; For the player alone in his own folder, without a prompt; with /ALLUSERS, or by choice on the first page, for everyone.
+; /S asks nothing. Exit status: 0 installed, 1 cancelled, 2 a file could not be written, 3 the folder holds other things,
+; 4 the game or its launcher is running, 740 /ALLUSERS /S without an administrator's rights.
+Unicode true
+Target amd64-unicode
+SetCompressor /SOLID lzma
+SetDateSave off
+ManifestDPIAware true
+ManifestSupportedOS Win10
+ManifestLongPathAware true
+RequestExecutionLevel user
+
+!include FileFunc.nsh
+!include LogicLib.nsh
+!include MUI2.nsh
+!include nsDialogs.nsh
+
+Name "Cold Anchor"
+OutFile "${OUTPUT}"
+BrandingText "Cold Anchor ${VERSION}"
+VIProductVersion "${VERSION}.0"
+VIFileVersion "${VERSION}.0"
+VIAddVersionKey ProductName "Cold Anchor"
+VIAddVersionKey CompanyName "${PUBLISHER}"
+VIAddVersionKey FileDescription "Cold Anchor Setup"
+VIAddVersionKey FileVersion "${VERSION}"
+VIAddVersionKey ProductVersion "${VERSION}"
+VIAddVersionKey LegalCopyright ""
+!ifdef SIGN
+!uninstfinalize '${SIGN} "%1"' = 0
+!endif
+
+!define LAUNCHER ColdAnchorLauncher.exe
+!define REGISTRY "Software\Microsoft\Windows\CurrentVersion\Uninstall\ColdAnchor"
+!define MUI_ICON "${ICON}"
+!define MUI_UNICON "${ICON}"
+!define MUI_ABORTWARNING
+
+Page custom askForWhom takeForWhom
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE takeFolder
+!define MUI_DIRECTORYPAGE_TEXT_TOP "The launcher needs 5 MB. At its first start it downloads the game into the same folder."
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!define MUI_FINISHPAGE_TEXT "The launcher downloads the game at its first start."
+!define MUI_FINISHPAGE_RUN
+!define MUI_FINISHPAGE_RUN_TEXT "Start the Cold Anchor launcher"
+!define MUI_FINISHPAGE_RUN_FUNCTION startLauncher
+!insertmacro MUI_PAGE_FINISH
+
+!define MUI_UNCONFIRMPAGE_TEXT_TOP "The launcher, the game and everything else in this folder is removed, except for the \
+folders save and userdata. Your profile and settings stay."
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE English
+
+Var forAll   ; 1: everyone on this computer
+Var elevated ; 1: started again by this program for the rights
+Var button
+
+; ---- What both programs need ----------------------------------------------------------------------------------------
+
+; Ends without a word if silent, else with one.
+!macro fail STATUS TEXT
+    SetErrorLevel ${STATUS}
+    MessageBox MB_ICONSTOP "${TEXT}" /SD IDOK
+    SetErrorLevel ${STATUS}
+    Quit
+!macroend
+
+!macro common UN
+; Pushes 1 for an administrator's rights, else 0.
+Function ${UN}isAdministrator
+    UserInfo::GetAccountType
+    Pop $0
+    StrCpy $1 0
+    ${If} $0 == "Admin"
+        StrCpy $1 1
+    ${EndIf}
+    Push $1
+FunctionEnd
+
+Function ${UN}setScope
+    ${If} $forAll = 1
+        SetShellVarContext all
+    ${Else}
+        SetShellVarContext current
+    ${EndIf}
+FunctionEnd
+
+; A running program's file can't be opened for writing.
+Function ${UN}waitForPrograms
+    ${ForEach} $1 1 3 + 1
+        ${Select} $1
+        ${Case} 1
+            StrCpy $0 "$INSTDIR\ColdAnchor.exe"
+        ${Case} 2
+            StrCpy $0 "$INSTDIR\${LAUNCHER}"
+        ${Case} 3
+            StrCpy $0 "$INSTDIR\ColdAnchorUpdateHelper.exe"
+        ${EndSelect}
+        ${DoWhile} ${FileExists} "$0"
+            ClearErrors
+            FileOpen $2 "$0" a
+            ${IfNot} ${Errors}
+                FileClose $2
+                ${Break}
+            ${EndIf}
+            MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Close Cold Anchor and its launcher first." /SD IDCANCEL IDRETRY +3
+            SetErrorLevel 4
+            Quit
+        ${Loop}
+    ${Next}
+FunctionEnd
+!macroend
+!insertmacro common ""
+!insertmacro common "un."
+
+; ---- Installation ---------------------------------------------------------------------------------------------------
+
+; Where it is installed already, or the usual place.
+Function proposeFolder
+    Call setScope
+    ReadRegStr $0 SHCTX "${REGISTRY}" InstallLocation
+    ${If} $0 != ""
+        StrCpy $INSTDIR $0
+    ${ElseIf} $forAll = 1
+        StrCpy $INSTDIR "$PROGRAMFILES64\Cold Anchor"
+    ${Else}
+        StrCpy $INSTDIR "$LOCALAPPDATA\Programs\Cold Anchor"
+    ${EndIf}
+FunctionEnd
+
+Function .onInit
+    StrCpy $forAll 0
+    StrCpy $elevated 0
+    ${GetParameters} $R0
+    ClearErrors
+    ${GetOptions} $R0 "/ALLUSERS" $R1
+    ${IfNot} ${Errors}
+        StrCpy $forAll 1
+        Call isAdministrator
+        Pop $0
+        ${If} $0 = 1
+            StrCpy $elevated 1
+        ${ElseIf} ${Silent}
+            SetErrorLevel 740
+            Quit
+        ${EndIf}
+    ${EndIf}
+    ${If} $INSTDIR == ""
+        Call proposeFolder
+    ${Else}
+        Call setScope
+    ${EndIf}
+FunctionEnd
+
+Function askForWhom
+    ${If} $elevated = 1
+        Abort
+    ${EndIf}
+    !insertmacro MUI_HEADER_TEXT "Install Cold Anchor" "For whom is it installed?"
+    nsDialogs::Create 1018
+    Pop $0
+    ${NSD_CreateRadioButton} 0 10u 100% 12u "&Only for me"
+    Pop $button
+    ${NSD_CreateLabel} 12u 24u -12u 20u "Needs no special rights, and neither do updates."
+    Pop $0
+    ${NSD_CreateRadioButton} 0 54u 100% 12u "For &everyone on this computer"
+    Pop $1
+    ${NSD_CreateLabel} 12u 68u -12u 20u "Windows asks for an administrator's permission, now and whenever the game is updated."
+    Pop $0
+    ${If} $forAll = 1
+        ${NSD_Check} $1
+    ${Else}
+        ${NSD_Check} $button
+    ${EndIf}
+    nsDialogs::Show
+FunctionEnd
+
+; Rights are got by a second start of this program, which goes on in place of the first.
+Function takeForWhom
+    ${NSD_GetState} $button $0
+    StrCpy $R2 $forAll
+    ${If} $0 = ${BST_CHECKED}
+        StrCpy $forAll 0
+    ${Else}
+        StrCpy $forAll 1
+        Call isAdministrator
+        Pop $0
+        ${If} $0 = 0
+            ClearErrors
+            ExecShell runas "$EXEPATH" "/ALLUSERS"
+            ${If} ${Errors}
+                Abort
+            ${EndIf}
+            Quit
+        ${EndIf}
+    ${EndIf}
+    ${If} $R2 <> $forAll
+        Call proposeFolder
+    ${EndIf}
+FunctionEnd
+
+; The uninstaller empties the folder, so it must be ours alone: pushes 1 if it is new, empty or an installation.
+Function isFolderOurs
+    StrCpy $2 1
+    ${IfNot} ${FileExists} "$INSTDIR\${LAUNCHER}"
+        FindFirst $0 $1 "$INSTDIR\*"
+        ${DoWhile} $1 != ""
+            ${If} $1 != "."
+            ${AndIf} $1 != ".."
+            ${AndIf} $1 != "save"
+            ${AndIf} $1 != "userdata"
+                StrCpy $2 0
+            ${EndIf}
+            FindNext $0 $1
+        ${Loop}
+        FindClose $0
+    ${EndIf}
+    Push $2
+FunctionEnd
+
+Function takeFolder
+    Call isFolderOurs
+    Pop $0
+    ${If} $0 = 0
+        StrCpy $INSTDIR "$INSTDIR\Cold Anchor"
+        Call isFolderOurs
+        Pop $0
+    ${EndIf}
+    ${If} $0 = 0
+        MessageBox MB_ICONEXCLAMATION "This folder holds other files. Please choose a new or an empty one."
+        Abort
+    ${EndIf}
+FunctionEnd
+
+Section
+    Call isFolderOurs
+    Pop $0
+    ${If} $0 = 0
+        !insertmacro fail 3 "This folder holds other files. Please choose a new or an empty one."
+    ${EndIf}
+    Call waitForPrograms
+    ClearErrors
+    SetOutPath "$INSTDIR"
+    File /r "${FILES}/*"
+    WriteUninstaller "$INSTDIR\Uninstall.exe"
+    ${If} ${Errors}
+        !insertmacro fail 2 "A file can't be written. Is the disk full, or the folder protected?"
+    ${EndIf}
+    CreateShortcut "$SMPROGRAMS\Cold Anchor.lnk" "$INSTDIR\${LAUNCHER}"
+    WriteRegStr SHCTX "${REGISTRY}" DisplayName "Cold Anchor"
+    WriteRegStr SHCTX "${REGISTRY}" DisplayVersion "${VERSION}"
+    WriteRegStr SHCTX "${REGISTRY}" DisplayIcon "$INSTDIR\${LAUNCHER}"
+    WriteRegStr SHCTX "${REGISTRY}" Publisher "${PUBLISHER}"
+    WriteRegStr SHCTX "${REGISTRY}" InstallLocation "$INSTDIR"
+    WriteRegStr SHCTX "${REGISTRY}" UninstallString '"$INSTDIR\Uninstall.exe"'
+    WriteRegStr SHCTX "${REGISTRY}" QuietUninstallString '"$INSTDIR\Uninstall.exe" /S'
+    WriteRegDWORD SHCTX "${REGISTRY}" NoModify 1
+    WriteRegDWORD SHCTX "${REGISTRY}" NoRepair 1
+SectionEnd
+
+; The desktop starts it, so that it doesn't inherit an administrator's rights.
+Function startLauncher
+    ${If} $elevated = 1
+        Exec '"$WINDIR\explorer.exe" "$INSTDIR\${LAUNCHER}"'
+    ${Else}
+        SetOutPath "$INSTDIR"
+        Exec '"$INSTDIR\${LAUNCHER}"'
+    ${EndIf}
+FunctionEnd
+
+; ---- Removal --------------------------------------------------------------------------------------------------------
+
+Function un.onInit
+    StrCpy $forAll 0
+    SetShellVarContext all
+    ReadRegStr $0 SHCTX "${REGISTRY}" InstallLocation
+    ${If} $0 == $INSTDIR
+        StrCpy $forAll 1
+        Call un.isAdministrator
+        Pop $0
+        ${If} $0 = 0
+            ${If} ${Silent}
+                SetErrorLevel 740
+            ${Else}
+                ExecShell runas "$INSTDIR\Uninstall.exe"
+            ${EndIf}
+            Quit
+        ${EndIf}
+    ${EndIf}
+    Call un.setScope
+FunctionEnd
+
+; Takes a folder from the stack and removes what is in it, and then the folder if it is empty. Links are removed and never
+; followed. At the top the player's own folders stay.
+Function un.removeFolder
+    Exch $0
+    Push $1
+    Push $2
+    Push $3
+    FindFirst $1 $2 "$0\*"
+    ${DoWhile} $2 != ""
+        ${If} $2 == "."
+        ${OrIf} $2 == ".."
+            Goto next
+        ${EndIf}
+        ${If} $0 == $INSTDIR
+            ${If} $2 == "save"
+            ${OrIf} $2 == "userdata"
+                Goto next
+            ${EndIf}
+        ${EndIf}
+        System::Call "kernel32::GetFileAttributesW(w '$0\$2') i .r3"
+        IntOp $3 $3 & 0x410 ; FILE_ATTRIBUTE_REPARSE_POINT, FILE_ATTRIBUTE_DIRECTORY
+        ${If} $3 = 0x10
+            Push "$0\$2"
+            Call un.removeFolder
+        ${ElseIf} $3 = 0x410
+            RMDir "$0\$2"
+        ${Else}
+            Delete "$0\$2"
+        ${EndIf}
+        next:
+        FindNext $1 $2
+    ${Loop}
+    FindClose $1
+    RMDir "$0"
+    Pop $3
+    Pop $2
+    Pop $1
+    Pop $0
+FunctionEnd
+
+Section Uninstall
+    Call un.waitForPrograms
+    SetOutPath "$TEMP" ; a working directory can't be removed
+    Push "$INSTDIR"
+    Call un.removeFolder
+    Delete "$SMPROGRAMS\Cold Anchor.lnk"
+    DeleteRegKey SHCTX "${REGISTRY}"
+SectionEnd
