@@ -5,10 +5,22 @@ using namespace ca::test;
 namespace {
 
 struct HandOver : Machine {
-    explicit HandOver(const std::string& launcherPath = launcherName) {
-        put("next/" + launcherName, tree / launcherPath);
+    HandOver() {
+        put("next/" + launcherName, tree / launcherName);
         put(helperName, tree / helperName);
         publish();
+    }
+
+    // Signs what the publisher's program refuses.
+    void moveLauncherTo(const std::string& place) const {
+        for (const fs::path& files : {tree, channel / "files"}) {
+            fs::create_directories(files / place);
+            fs::rename(files / launcherName, files / place / launcherName);
+        }
+        std::string manifest = readFile(channel / "manifest.json");
+        manifest.insert(manifest.find(launcherName), place + "/");
+        writeFile(channel / "manifest.json", manifest);
+        writeFile(channel / "manifest.sig", ca::demo::signText(manifest, privateKey));
     }
 
     void expectNextLauncher() const {
@@ -57,7 +69,8 @@ TEST(HandOver, TakesUpWhatWasInterrupted) {
 }
 
 TEST(HandOver, ReplacesTheLauncherFromASubFolder) {
-    HandOver s("tools/" + launcherName);
+    HandOver s;
+    s.moveLauncherTo("tools");
     s.serve(slowManifest);
     s.begin(start);
     EXPECT_EQ(s.launcher->wait(std::chrono::seconds(20)), 0);

@@ -70,7 +70,7 @@ struct Studio {
         return {"release", tree, "--version", version, "--key", order.privateKey, "--to", root, "--jobs", "1"};
     }
 
-    TemporaryFolder folder;
+    TemporaryFolder folder{"/dev/shm"}; // in memory: each release brings the whole disk up to date
     fs::path tree = folder / "game", root = folder / "channel", live = root / "stable/windows";
     publish::ReleaseOrder order;
     publish::ReleaseResult result;
