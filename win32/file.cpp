@@ -117,9 +117,9 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
         return INVALID_HANDLE_VALUE;
     }
     struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+    if (access == GENERIC_READ && (::fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))) {
         ::close(descriptor);
-        fail(ERROR_ACCESS_DENIED);
+        fail(ERROR_ACCESS_DENIED); // as the system has it for whoever wants to write
         return INVALID_HANDLE_VALUE;
     }
     if ((flagsAndAttributes & FILE_FLAG_SEQUENTIAL_SCAN) != 0 && status.st_size > readAheadSize) {
