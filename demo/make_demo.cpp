@@ -22,7 +22,7 @@ namespace {
 
 // Slow enough for the progress to be seen: the manifest takes a second, the files some seconds.
 constexpr std::uint64_t bytesPerSecond = 10'000'000;
-constexpr const char* slowManifest = "location ~ manifest[.]json$ { limit_rate 60000; }";
+constexpr const char* slowManifest = "location ~ manifest[.]json$ { limit_rate 25000; }";
 
 void serveDemo(const fs::path& folder, const fs::path& programs, const fs::path& keys) {
     for (const char* name : {"release", "next_release", "channel", "installation", "server"})
