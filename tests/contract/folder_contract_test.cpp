@@ -1,0 +1,115 @@
+// What the update helper asks of the system: names, copies, links, folders, and the process that it waits for.
+#include "contract.h"
+
+#include <shellapi.h>
+
+using namespace ca::test;
+
+TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
+    const TemporaryFolder folder;
+    writeFile(folder / "a", "a");
+    writeFile(folder / "sub/b", "b");
+    const auto at = [&](const char* name) { return wideFromPath(folder / name); };
+    const auto result = [](BOOL done) { return done ? DWORD{0} : ::GetLastError(); };
+    using Row = std::tuple<const char*, DWORD, DWORD>;
+    for (const auto& [step, got, expected] : {
+             Row("copy", result(::CopyFileW(at("a").c_str(), at("copy").c_str(), TRUE)), 0),
+             Row("copy again", result(::CopyFileW(at("a").c_str(), at("copy").c_str(), TRUE)), ERROR_FILE_EXISTS),
+             Row("copy over", result(::CopyFileW(at("sub/b").c_str(), at("copy").c_str(), FALSE)), 0),
+             Row("copy nothing", result(::CopyFileW(at("no").c_str(), at("x").c_str(), FALSE)), ERROR_FILE_NOT_FOUND),
+             Row("copy nowhere", result(::CopyFileW(at("a").c_str(), at("no/x").c_str(), FALSE)), ERROR_PATH_NOT_FOUND),
+             Row("link", result(::CreateHardLinkW(at("link").c_str(), at("a").c_str(), nullptr)), 0),
+             Row("link again", result(::CreateHardLinkW(at("link").c_str(), at("a").c_str(), nullptr)),
+                 ERROR_ALREADY_EXISTS),
+             Row("link nothing", result(::CreateHardLinkW(at("x").c_str(), at("no").c_str(), nullptr)),
+                 ERROR_FILE_NOT_FOUND),
+             Row("make", result(::CreateDirectoryW(at("new").c_str(), nullptr)), 0),
+             Row("make again", result(::CreateDirectoryW(at("new").c_str(), nullptr)), ERROR_ALREADY_EXISTS),
+             Row("make below nothing", result(::CreateDirectoryW(at("no/x").c_str(), nullptr)), ERROR_PATH_NOT_FOUND),
+             Row("remove a file as a folder", result(::RemoveDirectoryW(at("a").c_str())), ERROR_DIRECTORY),
+             Row("remove a full one", result(::RemoveDirectoryW(at("sub").c_str())), ERROR_DIR_NOT_EMPTY),
+             Row("remove an empty one", result(::RemoveDirectoryW(at("new").c_str())), 0),
+             Row("remove nothing", result(::RemoveDirectoryW(at("new").c_str())), ERROR_FILE_NOT_FOUND),
+             Row("delete a folder", result(::DeleteFileW(at("sub").c_str())), ERROR_ACCESS_DENIED),
+             Row("delete one name of two", result(::DeleteFileW(at("a").c_str())), 0),
+             Row("delete nothing", result(::DeleteFileW(at("a").c_str())), ERROR_FILE_NOT_FOUND),
+         })
+        EXPECT_EQ(got, expected) << step;
+    EXPECT_EQ(readFile(folder / "copy") + readFile(folder / "link"), "ba");
+    EXPECT_EQ(::GetFileAttributesW(at("sub").c_str()) & FILE_ATTRIBUTE_DIRECTORY, DWORD{FILE_ATTRIBUTE_DIRECTORY});
+    EXPECT_EQ(::GetFileAttributesW(at("link").c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
+    EXPECT_TRUE(::GetFileAttributesW(at("a").c_str()) == INVALID_FILE_ATTRIBUTES &&
+                ::GetLastError() == ERROR_FILE_NOT_FOUND);
+}
+
+TEST(Folders, AreListedAndPathsMadeWhole) {
+    const TemporaryFolder folder;
+    writeFile(folder / u8"fé€", "");
+    std::filesystem::create_directory(folder / "sub");
+    WIN32_FIND_DATAW entry{};
+    std::vector<std::wstring> names;
+    const HANDLE search = ::FindFirstFileW((wideFromPath(folder.path()) + L"/*").c_str(), &entry);
+    ASSERT_NE(search, INVALID_HANDLE_VALUE);
+    do {
+        if (entry.cFileName[0] != L'.')
+            names.push_back(entry.cFileName +
+                            std::wstring(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? L"/" : L""));
+    } while (::FindNextFileW(search, &entry));
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_NO_MORE_FILES});
+    EXPECT_TRUE(::FindClose(search));
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::wstring>{L"fé€", L"sub/"}));
+    EXPECT_TRUE(::FindFirstFileW((wideFromPath(folder / "no") + L"/*").c_str(), &entry) == INVALID_HANDLE_VALUE &&
+                ::GetLastError() == ERROR_PATH_NOT_FOUND);
+
+    const std::wstring whole = wideFromPath(folder / "x");
+    std::wstring buffer(1000, L' ');
+    const DWORD length = ::GetFullPathNameW(wideFromPath(folder / "sub/.././x").c_str(), 1000, buffer.data(), nullptr);
+    EXPECT_EQ(buffer.substr(0, length), whole);
+    EXPECT_EQ(::GetFullPathNameW(whole.c_str(), length, buffer.data(), nullptr), length + 1);
+}
+
+TEST(Programs, AreTold) {
+    const TemporaryFolder folder;
+    const auto kindOf = [&](const std::filesystem::path& file) {
+        DWORD kind = 99;
+        ::SetLastError(0);
+        return ::GetBinaryTypeW(wideFromPath(file).c_str(), &kind) ? kind : 1000 + ::GetLastError();
+    };
+    EXPECT_EQ(kindOf(childProgram()), DWORD{SCS_64BIT_BINARY});
+    for (const char* bytes : {"", "MZ, or so"}) // where Wine 8 gives no number
+        EXPECT_EQ(kindOf(writeFile(folder / "text.exe", bytes)), 1000U + (onWindows ? 0U : ERROR_BAD_EXE_FORMAT));
+    EXPECT_EQ(kindOf(folder / "none.exe"), 1000U + ERROR_FILE_NOT_FOUND);
+
+    const std::wstring line = LR"("C:\a b\x.exe" --pid 7 "" "x\\" a\\b "c\"d" é)";
+    int count = 0;
+    LPWSTR* words = ::CommandLineToArgvW(line.c_str(), &count);
+    EXPECT_EQ(
+        std::vector<std::wstring>(words, words + count),
+        (std::vector<std::wstring>{LR"(C:\a b\x.exe)", L"--pid", L"7", L"", LR"(x\)", LR"(a\\b)", L"c\"d", L"é"}));
+    EXPECT_EQ(::LocalFree(words), nullptr);
+}
+
+TEST(Programs, AreWaitedFor) {
+    EXPECT_TRUE(::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, 4194304) == nullptr &&
+                ::GetLastError() == ERROR_INVALID_PARAMETER);
+    const TemporaryFolder folder;
+    std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION child{};
+    ASSERT_TRUE(::CreateProcessW(wideFromPath(childProgram()).c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                 wideFromPath(folder.path()).c_str(), &startup, &child));
+    const HANDLE process = ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, child.dwProcessId);
+    EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
+    EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
+    FILETIME created[2] = {}, unused{};
+    EXPECT_TRUE(::GetProcessTimes(::GetCurrentProcess(), &created[0], &unused, &unused, &unused) &&
+                ::GetProcessTimes(process, &created[1], &unused, &unused, &unused));
+    const auto steps = [](FILETIME time) { return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime; };
+    EXPECT_LE(steps(created[0]), steps(created[1])) << "the older process is that which started the other";
+    std::filesystem::remove(folder / "out"); // and the child ends
+    EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
+    EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";
+    EXPECT_TRUE(::CloseHandle(process) && ::CloseHandle(child.hProcess) && ::CloseHandle(child.hThread));
+}
