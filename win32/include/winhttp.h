@@ -134,9 +134,9 @@ BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength,
 BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved);
 
 // The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), the text of
-// Content-Length as the server sent it, or the whole head as it sent it (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the empty
-// line behind it; `*size` is in bytes, and on success excludes the zero. A header that didn't
-// come is ERROR_WINHTTP_HEADER_NOT_FOUND, a buffer too small ERROR_INSUFFICIENT_BUFFER with the size needed.
+// Content-Length as the server sent it, or the whole head as it sent it (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the
+// empty line behind it; `*size` is in bytes, and on success excludes the zero. A header that didn't come is
+// ERROR_WINHTTP_HEADER_NOT_FOUND, a buffer too small ERROR_INSUFFICIENT_BUFFER with the size needed.
 BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size, LPDWORD index);
 
 // Waits until bytes of the body are there and tells how many, 0 at its end. A body that ends before its Content-Length
