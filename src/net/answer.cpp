@@ -2,7 +2,7 @@
 
 #include "install/paths.h"
 
-#include <vector>
+#include <algorithm>
 
 namespace ca::net {
 
@@ -17,7 +17,8 @@ std::string textFrom(Query query) {
     std::wstring text(size / sizeof(wchar_t), L'\0');
     if (!query(text.data(), &size))
         return {};
-    return install::utf8FromPath(install::pathFromWide(text.c_str())); // without the zero that either call may count
+    text.erase(std::min(text.find(L'\0'), text.size())); // the zero that either call may count
+    return install::utf8FromPath(install::pathFromWide(text));
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 #include <atomic>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
 #include <numeric>
 #include <set>
 #include <sys/stat.h>
@@ -152,9 +151,8 @@ PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path&
         else
             worker.copy(from, to, file);
     };
-    forEach(order.size(), threads, [&] {
-        return [&, worker = std::make_unique<Worker>(progress)](std::size_t i) { place(*worker, order[i]); };
-    });
+    forEach(order.size(), threads,
+            [&] { return [&, worker = Worker(progress)](std::size_t i) mutable { place(worker, order[i]); }; });
     placed.shared = shared;
     return placed;
 }

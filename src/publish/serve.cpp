@@ -66,7 +66,7 @@ std::string findNginx() {
     const char* path = std::getenv("PATH");
     std::string folders = std::string(path != nullptr ? path : "") + ":/usr/sbin:/sbin:/usr/local/sbin:";
     for (std::size_t end = folders.find(':'); end != std::string::npos; end = folders.find(':')) {
-        const std::string program = folders.substr(0, end) + "/nginx";
+        std::string program = folders.substr(0, end) + "/nginx";
         if (::access(program.c_str(), X_OK) == 0)
             return program;
         folders.erase(0, end + 1);
