@@ -14,7 +14,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(COLDANCHOR_SANITIZER "" CACHE STRING "Sanitizers for the whole build, such as address,undefined or thread")
 if(COLDANCHOR_SANITIZER)
     target_compile_options(ca_options INTERFACE
-        -fsanitize=${COLDANCHOR_SANITIZER} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+        -fsanitize=${COLDANCHOR_SANITIZER} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
     target_link_options(ca_options INTERFACE -fsanitize=${COLDANCHOR_SANITIZER})
 else()
     # mingw keeps both the stack protector and what _FORTIFY_SOURCE calls in libssp, which the option below links.
