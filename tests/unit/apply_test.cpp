@@ -1,43 +1,23 @@
 #include "demo/nginx.h"
 #include "update/digest.h"
+#include "update/manifest_path.h"
 #include "update/updater.h"
 
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
-#include <map>
 
 using namespace ca::update;
+using namespace ca::test;
 namespace fs = std::filesystem;
-
-namespace {
-
-using Tree = std::map<std::string, std::string>;
-
-// Every file below `folder` with its content, folders with a slash behind their name, the work folder left out.
-Tree treeOf(const fs::path& folder) {
-    Tree tree;
-    for (auto entry = fs::recursive_directory_iterator(folder); entry != fs::recursive_directory_iterator(); ++entry) {
-        const std::string name = entry->path().lexically_relative(folder).generic_string();
-        if (name == ".coldanchor-update")
-            entry.disable_recursion_pending();
-        else if (entry->is_directory())
-            tree[name + "/"];
-        else
-            tree[name] = ca::test::readFile(entry->path());
-    }
-    return tree;
-}
-
-} // namespace
 
 // An installation of version 1 and a real server with the files of version 2.
 class Apply : public testing::Test {
 protected:
     Apply() {
-        ca::test::writeFile(install / "data/game_version", "1\n");
-        ca::test::writeFile(install / "x", "old x");
-        ca::test::writeFile(install / "folder/inside", "kept");
+        writeFile(install / "data/game_version", "1\n");
+        writeFile(install / "x", "old x");
+        writeFile(install / "folder/inside", "kept");
         plan.manifest.version = "2";
         plan.manifest.channel = "stable";
         plan.manifest.platform = "windows";
@@ -47,7 +27,7 @@ protected:
 
     // Serves `content` under `path` and puts it into the plan.
     void add(const std::string& path, const std::string& content, std::uint64_t size = 0) {
-        const fs::path file = ca::test::writeFile(files / path, content);
+        const fs::path file = writeFile(files / path, content);
         plan.files.push_back({{path, sha256File(file), size, false}, install / path, false});
         plan.totalBytes += size;
     }
@@ -73,16 +53,23 @@ protected:
         return {};
     }
 
+    // The installation without the work folder.
+    Contents installed() const {
+        Contents contents = contentsOf(install.path());
+        std::erase_if(contents, [](const auto& entry) { return entry.first.starts_with(".coldanchor-update"); });
+        return contents;
+    }
+
     void expectFailure(const std::string& token, bool stageStays) {
-        const Tree before = treeOf(install.path());
+        const Contents before = installed();
         fs::path staged;
         EXPECT_EQ(apply(&staged), token);
-        EXPECT_EQ(treeOf(install.path()), before);
+        EXPECT_EQ(installed(), before);
         EXPECT_EQ(!workFolder("stage-").empty(), stageStays);
     }
 
-    const ca::test::TemporaryFolder install;
-    const ca::test::TemporaryFolder root;
+    const TemporaryFolder install;
+    const TemporaryFolder root;
     const fs::path files = root / "stable/windows/files";
     ca::demo::Nginx server{root / "server", {.root = root.path(), .serverDirectives = {}}};
     Updater updater{install.path()};
@@ -99,26 +86,23 @@ TEST_F(Apply, MovesNewFilesInAndOldOnesAside) {
     fs::path staged = "left over";
     EXPECT_EQ(apply(&staged), "installed");
     EXPECT_TRUE(staged.empty());
-    EXPECT_EQ(treeOf(install.path()), (Tree{{"data/", ""},
-                                            {"data/game_version", "2\n"},
-                                            {"x", "new x"},
-                                            {"sub folder/", ""},
-                                            {"sub folder/ünï/", ""},
-                                            {"sub folder/ünï/y", "new y"},
-                                            {"folder", "a file where a folder stood"},
-                                            {"empty", ""}}));
-    EXPECT_EQ(treeOf(workFolder("backup-")), (Tree{{"x", "old x"}, {"folder/", ""}, {"folder/inside", "kept"}}));
+    Contents expected{{"data/", ""}, {"data/game_version", "2\n"}, {"sub folder/", ""}, {"sub folder/ünï/", ""}};
+    for (const PlanFile& planned : plan.files)
+        expected[relativePath(planned.file.path).generic_string()] = readFile(files / planned.file.path);
+    EXPECT_EQ(installed(), expected);
+    EXPECT_EQ(contentsOf(workFolder("backup-")),
+              (Contents{{"x", "old x"}, {"folder/", ""}, {"folder/inside", "kept"}}));
     EXPECT_TRUE(workFolder("stage-").empty());
     EXPECT_EQ(reports, (std::vector<std::uint64_t>{5, 5, 10, 10, 37, 17, 17})); // in flight uncapped, finished capped
 }
 
 TEST_F(Apply, HasNothingToDoOrMayNot) {
     EXPECT_EQ(apply(nullptr), "installed"); // no files: not even the marker is written
-    EXPECT_EQ(ca::test::readFile(install / "data/game_version"), "1\n");
+    EXPECT_EQ(readFile(install / "data/game_version"), "1\n");
     add("x", "new x");
-    ca::test::writeFile(install / "data/game_version", "2.0.0.1");
+    writeFile(install / "data/game_version", "2.0.0.1");
     expectFailure("update_downgrade_blocked:2", false);
-    ca::test::writeFile(install / "data/game_version", "2.0 is as good as 2");
+    writeFile(install / "data/game_version", "2.0 is as good as 2");
     EXPECT_EQ(apply(nullptr), "installed");
 }
 
@@ -131,8 +115,8 @@ TEST_F(Apply, StopsAtTheFirstDownloadThatFails) {
     plan.files[1].file = plan.files[0].file;
     plan.files[1].file.path = "x/under a file"; // the stage folder holds the file x
     expectFailure("download_destination_unwritable", false);
-    EXPECT_TRUE(treeOf(workFolder("backup-")).empty());
-    EXPECT_EQ(ca::test::readFile(server.accessLog()).find("/z "), std::string::npos);
+    EXPECT_TRUE(contentsOf(workFolder("backup-")).empty());
+    EXPECT_EQ(readFile(server.accessLog()).find("/z "), std::string::npos);
 }
 
 // Something else, such as a scanner, takes a staged file away or stands in the way of a backup.
@@ -140,17 +124,17 @@ TEST_F(Apply, RollsBackFilesAndFolders) {
     add("x", "new x");
     add("folder", "a file");
     add("new/y", "new y");
-    ca::test::writeFile(install / "new/kept", ""); // so that no folder of the plan is new
+    writeFile(install / "new/kept", ""); // so that no folder of the plan is new
     plan.files.push_back(plan.files[0]);
     plan.files.back().file.path = "last";
-    ca::test::writeFile(files / "last", "new x");
+    writeFile(files / "last", "new x");
     onProgress = [this] {
         if (fs::exists(workFolder("stage-") / "last"))
             fs::remove(workFolder("stage-") / "new/y");
     };
     expectFailure("update_install_failed:new/y", true);
     fs::remove_all(install / ".coldanchor-update");
-    onProgress = [this] { ca::test::writeFile(workFolder("backup-") / "folder", "in the way"); };
+    onProgress = [this] { writeFile(workFolder("backup-") / "folder", "in the way"); };
     expectFailure("update_backup_failed:folder", true);
 }
 
@@ -160,8 +144,8 @@ TEST_F(Apply, HoldsTheLauncherBack) {
     fs::path staged;
     EXPECT_EQ(apply(&staged), "installed");
     EXPECT_EQ(staged, workFolder("stage-") / "ColdAnchorLauncher.exe"); // the last one in the plan's order
-    EXPECT_EQ(ca::test::readFile(staged), "second");
-    EXPECT_EQ(ca::test::readFile(install / "data/game_version"), "2\n");
+    EXPECT_EQ(readFile(staged), "second");
+    EXPECT_EQ(readFile(install / "data/game_version"), "2\n");
     EXPECT_FALSE(fs::exists(install / "ColdAnchorLauncher.exe"));
     fs::remove_all(install / ".coldanchor-update");
     EXPECT_EQ(apply(nullptr), "installed"); // nobody asked for it: skipped, and gone with the stage folder
@@ -173,7 +157,7 @@ TEST_F(Apply, TakesAPathOnce) {
     add("a\\b", "same");
     add("x", "new x");
     EXPECT_EQ(apply(nullptr), "installed");
-    EXPECT_EQ(ca::test::readFile(install / "a/b"), "same");
+    EXPECT_EQ(readFile(install / "a/b"), "same");
     fs::remove_all(install / ".coldanchor-update");
     plan.files[1].file.sha256 = plan.files[2].file.sha256;
     expectFailure("update_duplicate_path:a\\b", false);

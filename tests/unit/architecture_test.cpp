@@ -1,9 +1,7 @@
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
-#include <map>
 #include <set>
-#include <sstream>
 
 namespace fs = std::filesystem;
 

@@ -47,19 +47,14 @@ TEST(Manifest, ReadsEveryField) {
     UpdateManifest manifest;
     std::string error;
     ASSERT_TRUE(parseManifest(text, manifest, error)) << error;
-    EXPECT_EQ(manifest.format, 1);
-    EXPECT_EQ(manifest.product, "cold-anchor");
-    EXPECT_EQ(manifest.channel, "stable");
-    EXPECT_EQ(manifest.platform, "windows");
+    EXPECT_TRUE(manifest.format == 1 && manifest.protocol_version == 7 && !manifest.mandatory);
+    EXPECT_EQ(manifest.product + " " + manifest.channel + " " + manifest.platform, "cold-anchor stable windows");
     EXPECT_EQ(manifest.version, "1.4.2"); // not the one of "protocol_version" or "minimum_online_version"
-    EXPECT_EQ(manifest.protocol_version, 7);
     EXPECT_EQ(manifest.minimum_online_version, "1.3.0");
-    EXPECT_FALSE(manifest.mandatory);
     EXPECT_EQ(manifest.release_notes, "Cold Anchor v1.4.2\nADDED\n- A \"new\" harbour\\quay");
     ASSERT_EQ(manifest.files.size(), 2u);
     EXPECT_EQ(manifest.files[0].path, "bin/game.dat");
-    EXPECT_EQ(manifest.files[0].size, 1024u);
-    EXPECT_TRUE(manifest.files[0].executable);
+    EXPECT_TRUE(manifest.files[0].size == 1024 && manifest.files[0].executable);
     EXPECT_EQ(manifest.files[1].path, "data/Größe [1].pak");
     EXPECT_EQ(manifest.files[1].size, 0u); // a negative number
     EXPECT_EQ(manifest.files[1].sha256.substr(0, 4), "E3B0");
@@ -113,24 +108,24 @@ TEST(ManifestFields, ReadWhatFollowsTheFirstColon) {
     const auto text = [](const char* value) {
         return extractManifestString(std::string(R"({"k" junk:)") + value, "k");
     };
-    EXPECT_EQ(text(" \t\r\n\v\f\"a\\q\\/\\t\\n\\r\\\\\\\"\\u00e9\nb\" \"c\""), "aq/\t\n\r\\\"u00e9\nb");
-    EXPECT_EQ(text("\"never closed"), "never closed");
-    EXPECT_EQ(text("\"ends in a backslash\\"), "ends in a backslash");
-    EXPECT_EQ(text("7"), "");
-    EXPECT_EQ(text(""), "");
+    const std::pair<const char*, const char*> texts[] = {
+        {" \t\r\n\v\f\"a\\q\\/\\t\\n\\r\\\\\\\"\\u00e9\nb\" \"c\"", "aq/\t\n\r\\\"u00e9\nb"},
+        {"\"never closed", "never closed"},
+        {"\"ends in a backslash\\", "ends in a backslash"},
+        {"7", ""},
+        {"", ""}};
+    for (const auto& [value, expected] : texts)
+        EXPECT_EQ(text(value), expected);
     EXPECT_EQ(extractManifestString(R"(["k"])", "k"), "");
     EXPECT_EQ(extractManifestString(R"({"a":"k","k":"x"})", "k"), "x"); // a value that equals the key counts as the key
 
     const auto number = [](const char* value) { return extractManifestInt(std::string(R"("k":)") + value, "k", 42); };
-    EXPECT_EQ(number("-12abc"), -12);
-    EXPECT_EQ(number("1.5"), 1);
-    EXPECT_EQ(number("18446744073709551617"), 1);
+    EXPECT_TRUE(number("-12abc") == -12 && number("1.5") == 1 && number("18446744073709551617") == 1);
     for (const char* none : {"", "-", "+1", "\"1\"", " ", "--1", "x"})
         EXPECT_EQ(number(none), 42) << none;
 
     const auto truth = [](const char* value) { return extractManifestBool(std::string(R"("k":)") + value, "k"); };
-    EXPECT_TRUE(truth(" true"));
-    EXPECT_TRUE(truth("truest"));
+    EXPECT_TRUE(truth(" true") && truth("truest"));
     for (const char* no : {"false", "1", "True", "\"true\"", "tru", ""})
         EXPECT_FALSE(truth(no)) << no;
 }

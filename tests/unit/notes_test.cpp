@@ -6,6 +6,8 @@
 #include <tuple>
 
 using namespace ca::launcher;
+using namespace ca::test;
+using namespace std::string_literals;
 using Rows = std::vector<std::string>;
 
 TEST(Notes, AreWrappedByWords) {
@@ -36,22 +38,20 @@ TEST(Notes, HeadingsAreWholeRows) {
 }
 
 TEST(Notes, ComeFromTheFirstFileThatSaysSomething) {
-    const ca::test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     EXPECT_EQ(loadLocalPatchNotes(folder.path()),
               "Cold Anchor 0.16.117\n- Current build ready.\n- No local patch notes file was found.");
-    ca::test::writeFile(folder / "data/game_version", std::string("\xff\xfe"
-                                                                  "1\0.",
-                                                                  5)); // saved in another encoding
+    writeFile(folder / "data/game_version", "\xff\xfe\x31\0.\0"s); // saved in another encoding
     EXPECT_TRUE(loadLocalPatchNotes(folder.path()).starts_with("Cold Anchor \xff"));
     std::filesystem::remove(folder / "data/game_version");
-    ca::test::writeFile(folder / "PATCH_NOTES.txt", "third\n");
-    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "third");
-    ca::test::writeFile(folder / "PATCH_NOTES_v0.16.117.txt", "\nsecond\r\n");
-    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "second");
-    ca::test::writeFile(folder / "data/patch_notes.txt", " \n");
-    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "second");
-    ca::test::writeFile(folder / "data/patch_notes.txt", "first");
-    EXPECT_EQ(loadLocalPatchNotes(folder.path()), "first");
+    const char* const rows[][3] = {{"PATCH_NOTES.txt", "third\n", "third"},
+                                   {"PATCH_NOTES_v0.16.117.txt", "\nsecond\r\n", "second"},
+                                   {"data/patch_notes.txt", " \n", "second"},
+                                   {"data/patch_notes.txt", "first", "first"}};
+    for (const auto& [file, text, notes] : rows) {
+        writeFile(folder / file, text);
+        EXPECT_EQ(loadLocalPatchNotes(folder.path()), notes);
+    }
 }
 
 TEST(Notes, OfTheChannelNeedEightyBytes) {

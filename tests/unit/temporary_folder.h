@@ -1,12 +1,15 @@
-// A folder that deletes itself.
+// A test's folder, which deletes itself, and what lies in folders.
 #pragma once
 
-#include <atomic>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace ca::test {
 
@@ -41,14 +44,32 @@ inline std::string readFile(const std::filesystem::path& path) {
     return (std::ostringstream() << file.rdbuf()).str();
 }
 
-inline std::string bytesFromHex(std::string hex) {
-    if (hex == "-") // how published tables write an empty text
-        return {};
-    hex.insert(0, hex.size() % 2, '0'); // and their numbers come without leading zeros
-    std::string bytes;
-    for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
-        bytes += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
-    return bytes;
+using Contents = std::map<std::string, std::string>;
+using Paths = std::vector<std::string>;
+
+// Every path below `folder`: a file's with its bytes, a link's with where it leads, a folder's with a slash behind it.
+inline Contents contentsOf(const std::filesystem::path& folder) {
+    Contents contents;
+    for (const std::filesystem::directory_entry& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        const std::string name = entry.path().lexically_relative(folder).generic_string();
+        if (entry.is_symlink())
+            contents[name] = std::filesystem::read_symlink(entry.path()).generic_string();
+        else if (entry.is_directory())
+            contents[name + "/"] = {};
+        else
+            contents[name] = readFile(entry.path());
+    }
+    return contents;
+}
+
+// The paths that only one of them has, or that both have with different bytes.
+inline Paths differing(const Contents& a, const Contents& b) {
+    Contents entries;
+    std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::inserter(entries, entries.end()));
+    Paths paths;
+    for (const auto& [path, bytes] : entries)
+        paths.push_back(path);
+    return paths;
 }
 
 } // namespace ca::test
