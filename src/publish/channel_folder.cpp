@@ -112,11 +112,12 @@ fs::path ChannelFolder::publish(const std::string& version) const {
 }
 
 std::vector<std::string> ChannelFolder::keepOnly(std::size_t count) const {
-    const fs::path current = live();
+    const fs::path current = live().filename();
     std::multimap<fs::file_time_type, fs::path, std::greater<>> others; // the time at which each was signed
     for (const fs::directory_entry& entry : fs::directory_iterator(releases_)) {
         std::error_code none;
-        if (const auto time = fs::last_write_time(entry.path() / signatureName, none); entry.path() != current)
+        if (const auto time = fs::last_write_time(entry.path() / signatureName, none);
+            entry.path().filename() != current)
             others.emplace(none ? fs::file_time_type::min() : time, entry.path());
     }
     std::vector<std::string> removed;

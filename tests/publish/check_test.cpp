@@ -29,49 +29,40 @@ std::string shownFindings(const publish::CheckResult& result) {
 } // namespace
 
 TEST(Check, FindsWhatIsWrongInAFolder) {
-    // Changes the channel; a manifest that is changed before it is signed keeps the signature good.
-    const auto resigned = [](const Studio& s, const std::function<void(ca::update::UpdateManifest&)>& change) {
-        ca::update::UpdateManifest manifest = s.result.manifest;
-        change(manifest);
-        const std::string text = publish::manifestText(manifest);
-        writeFile(s.live / "manifest.json", text);
-        writeFile(s.live / "manifest.sig", publish::PrivateKey(s.order.privateKey, {}).sign(text));
-    };
+    using Manifest = ca::update::UpdateManifest;
     struct Row {
-        const char* what;
-        std::function<void(const Studio&)> spoil;
+        const char *what, *file, *bytes;         // a file is written anew, or removed,
+        std::function<void(Manifest&)> change{}; // or the manifest is changed and signed
         bool isProblem = true;
     };
+    const auto duplicate = [](Manifest& m) { (m.files.emplace_back(m.files[3])).path = "DATA/first.dat"; };
     for (const Row& row : {
-             Row{"first.dat: No such file", [](const Studio& s) { fs::remove(s.live / "files/data/first.dat"); }},
-             Row{"has 1 bytes where the manifest says 5",
-                 [](const Studio& s) { writeFile(s.live / "files/data/first.dat", "x"); }},
-             Row{"hasn't the digest", [](const Studio& s) { writeFile(s.live / "files/data/first.dat", "First"); }},
-             Row{"manifest.sig: No such file", [](const Studio& s) { fs::remove(s.live / "manifest.sig"); }},
-             Row{"manifest_signature_verify_failed",
-                 [](const Studio& s) { writeFile(s.live / "manifest.json", "{}"); }},
-             Row{"manifest_signature_invalid_hex", [](const Studio& s) { writeFile(s.live / "manifest.sig", "x"); }},
-             Row{"manifest_has_no_files", [&](const Studio& s) { resigned(s, [](auto& m) { m.files.clear(); }); }},
-             Row{"it is of beta on windows",
-                 [&](const Studio& s) { resigned(s, [](auto& m) { m.channel = "beta"; }); }},
-             Row{"in the manifest twice",
-                 [&](const Studio& s) {
-                     resigned(s, [](auto& m) {
-                         m.files.push_back(m.files[3]);
-                         m.files[4].path = "DATA/first.dat";
-                     });
-                 }},
-             Row{"lower-case digits",
-                 [&](const Studio& s) { resigned(s, [](auto& m) { m.files[0].sha256[0] = 'F'; }); }},
-             Row{"Save/x lies", [&](const Studio& s) { resigned(s, [](auto& m) { m.files[0].path = "Save/x"; }); }},
-             Row{"version \"v1\"", [&](const Studio& s) { resigned(s, [](auto& m) { m.version = "v1"; }); }, false},
-             Row{"stranger isn't in the manifest",
-                 [](const Studio& s) { writeFile(s.live / "files/data/stranger", "x"); }, false},
+             Row{"first.dat: No such file", "files/data/first.dat", nullptr},
+             Row{"has 1 bytes where the manifest says 5", "files/data/first.dat", "x"},
+             Row{"hasn't the digest", "files/data/first.dat", "First"},
+             Row{"manifest.sig: No such file", "manifest.sig", nullptr},
+             Row{"manifest_signature_verify_failed", "manifest.json", "{}"},
+             Row{"manifest_signature_invalid_hex", "manifest.sig", "x"},
+             Row{"stranger isn't in the manifest", "files/data/stranger", "x", {}, false},
+             Row{"manifest_has_no_files", "", "", [](Manifest& m) { m.files.clear(); }},
+             Row{"it is of beta on windows", "", "", [](Manifest& m) { m.channel = "beta"; }},
+             Row{"in the manifest twice", "", "", duplicate},
+             Row{"lower-case digits", "", "", [](Manifest& m) { m.files[0].sha256[0] = 'F'; }},
+             Row{"Save/x lies", "", "", [](Manifest& m) { m.files[0].path = "Save/x"; }},
+             Row{"version \"v1\"", "", "", [](Manifest& m) { m.version = "v1"; }, false},
          }) {
-        Studio studio;
-        ASSERT_EQ(studio.release(), "released");
-        row.spoil(studio);
-        const publish::CheckResult result = studio.check();
+        Studio s;
+        ASSERT_EQ(s.release(), "released");
+        if (row.change) {
+            row.change(s.result.manifest);
+            const std::string text = publish::manifestText(s.result.manifest);
+            writeFile(s.live / "manifest.json", text);
+            writeFile(s.live / "manifest.sig", publish::PrivateKey(s.order.privateKey, {}).sign(text));
+        } else {
+            fs::remove(s.live / row.file);
+            row.bytes != nullptr ? void(writeFile(s.live / row.file, row.bytes)) : void();
+        }
+        const publish::CheckResult result = s.check();
         EXPECT_TRUE(says(result, row.isProblem, row.what)) << row.what << "\n" << shownFindings(result);
         EXPECT_EQ(result.good(), !row.isProblem);
     }
@@ -81,28 +72,24 @@ TEST(Check, FindsWhatAServerDoesToAnswers) {
     Studio studio;
     ASSERT_EQ(studio.release(), "released");
     struct Row {
-        const char* directives;
+        std::string directives;
         bool isProblem;
         const char* what;
-        int findings;
+        std::size_t findings;
     };
+    const std::string fresh = "add_header Cache-Control no-cache;";
     for (const Row& row : {
              Row{"", false, "and 5 more leaves to every cache", 1},
-             Row{"add_header Cache-Control no-cache;", false, "", 0},
+             Row{fresh, false, "", 0},
              Row{"expires 1h;", true, "may be answered from a cache for long", 6},
-             Row{"add_header Cache-Control no-cache; location ~ first { return 404; }", true, "http_404", 1},
-             Row{"add_header Cache-Control no-cache; location ~ first { return 200 FIRST; }", true, "hasn't the digest",
-                 1},
-             Row{"add_header Cache-Control no-cache; rewrite ^/stable/(.*dat)$ /x/$1 redirect; "
-                 "rewrite ^/x/(.*)$ /stable/$1 break;",
-                 false, "is redirected", 1},
-             Row{"add_header Cache-Control no-cache; gzip on; gzip_min_length 1; gzip_types *;", false,
-                 "the coding gzip", 1},
-             Row{"add_header Cache-Control no-cache; location ~ dat$ { add_header Content-Encoding br; "
-                 "add_header Cache-Control no-cache; }",
-                 true, "the coding br, which launchers don't undo", 1},
-             Row{"add_header Cache-Control no-cache; location ~ sig$ { return 301 ftp://x/; }", true,
-                 "can't be fetched", 1},
+             Row{fresh + "location ~ first { return 404; }", true, "http_404", 1},
+             Row{fresh + "location ~ first { return 200 FIRST; }", true, "hasn't the digest", 1},
+             Row{fresh + "rewrite ^/stable/(.*dat)$ /x/$1 redirect; rewrite ^/x/(.*)$ /stable/$1 break;", false,
+                 "is redirected", 1},
+             Row{fresh + "gzip on; gzip_min_length 1; gzip_types *;", false, "the coding gzip", 1},
+             Row{fresh + "location ~ dat$ { add_header Content-Encoding br;" + fresh + "}", true,
+                 "the coding br, which launchers don't undo", 1},
+             Row{fresh + "location ~ sig$ { return 301 ftp://x/; }", true, "can't be fetched", 1},
          }) {
         SCOPED_TRACE(row.directives);
         const ca::demo::Nginx server(studio.folder / "nginx", {studio.root, 0, row.directives});

@@ -71,24 +71,19 @@ TEST(Interruption, LeavesAWholeReleaseAtEveryOperation) {
         p.order.version = "1.4.4"; // the next run finds its way, and sweeps up
         EXPECT_EQ(p.release(), "released");
         EXPECT_EQ(p.offered(), "1.4.4");
-        EXPECT_EQ(std::distance(fs::directory_iterator(p.root / ".releases/stable"), {}), 1);
-        EXPECT_EQ(std::distance(fs::directory_iterator(p.root / "stable"), {}), 1);
+        for (const char* folder : {".releases/stable", "stable"})
+            EXPECT_EQ(std::distance(fs::directory_iterator(p.root / folder), {}), 1);
+
+        const bool onlySweeps = moment.starts_with("unlink") || moment.starts_with("rmdir"); // which may fail
+        if (onlySweeps || moment.starts_with("exit_group"))
+            continue;
+        Published full;
+        const int status = full.run(full.words(), underStrace("/dev/null", moment + ":error=ENOSPC"));
+        EXPECT_TRUE(status == 0 || (status == 1 && full.output.find("No space left") != std::string::npos))
+            << full.output;
+        EXPECT_TRUE(full.offered() == "1.4.3" || status == 1);
     }
     EXPECT_EQ(outcomes.size(), 2U);
     EXPECT_GT(outcomes["1.4.2"], 20);
     EXPECT_GT(outcomes["1.4.3"], 5);
-}
-
-TEST(Interruption, ByAFailingDiskIsReportedAndLeavesAWholeRelease) {
-    const Lines moments = Published().moments();
-    for (const std::string& moment : moments) {
-        if (moment.starts_with("exit_group") || moment.starts_with("unlink") || moment.starts_with("rmdir"))
-            continue; // removing what is left over may fail without harm
-        SCOPED_TRACE(moment);
-        Published p;
-        const int status = p.run(p.words(), underStrace("/dev/null", moment + ":error=ENOSPC"));
-        EXPECT_TRUE(status == 0 || (status == 1 && p.output.find("No space left") != std::string::npos)) << p.output;
-        EXPECT_TRUE(status == 1 || p.offered() == "1.4.3");
-        p.offered();
-    }
 }

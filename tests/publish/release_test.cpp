@@ -98,6 +98,7 @@ TEST(Release, IsTheSameBytesForTheSameTree) {
 TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
     Studio studio;
     studio.order.keep = 2;
+    studio.order.root = studio.folder / "./game/../channel/"; // the same place
     for (const char* version : {"1.4.2", "1.4.3", "1.4.10", "1.5"}) {
         studio.order.version = version;
         studio.put("data/version.dat", version);
@@ -130,10 +131,8 @@ TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
     studio.order.minimumOnlineVersion = "1.6";
     studio.order.notes = "\xFF";
     studio.order.channel = "../x";
-    for (const auto& [path, bytes] : std::map<std::string, std::string>{
-             {"Data/FIRST.dat", "x"}, {"data/first.dat/x", ""}, {"a", "x"}, {"A/b", "x"}, {"save/x", "x"}, {"b?", "x"}})
-        if (path != "data/first.dat/x")
-            studio.put(path, bytes);
+    for (const char* path : {"Data/FIRST.dat", "a", "A/b", "save/x", "b?"})
+        studio.put(path, "x");
     fs::create_symlink("a", studio.tree / "link");
     ASSERT_EQ(::mkfifo((studio.tree / "pipe").c_str(), 0600), 0);
     const std::string text = studio.release();
