@@ -26,8 +26,10 @@ endif()
 if(WIN32)
     target_compile_definitions(ca_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
     # What nothing calls is left out, and two builds are alike byte for byte, wherever and whenever they are made.
-    target_compile_options(ca_options INTERFACE
-        -ffunction-sections -fdata-sections -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+    # (A compiler's cache may name sources from the build folder.)
+    file(RELATIVE_PATH from_build_folder ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+    target_compile_options(ca_options INTERFACE -ffunction-sections -fdata-sections
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=/cold-anchor/ -ffile-prefix-map=${from_build_folder}=/cold-anchor/)
     target_link_options(ca_options INTERFACE -static LINKER:--gc-sections,--no-insert-timestamp)
 else()
     target_compile_options(ca_options INTERFACE -fstack-clash-protection -fcf-protection)
