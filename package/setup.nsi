@@ -15,6 +15,7 @@ ManifestDPIAware true
 ManifestSupportedOS Win10
 ManifestLongPathAware true
 RequestExecutionLevel user
+AutoCloseWindow true
 
 !include FileFunc.nsh
 !include LogicLib.nsh
@@ -44,14 +45,10 @@ VIAddVersionKey LegalCopyright ""
 
 Page custom askForWhom takeForWhom
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE takeFolder
-!define MUI_DIRECTORYPAGE_TEXT_TOP "The launcher needs 5 MB. At its first start it downloads the game into the same folder."
+!define MUI_DIRECTORYPAGE_TEXT_TOP "At its first start the launcher downloads the game into this folder. Choose a disk with room for it."
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
-!define MUI_FINISHPAGE_TEXT "The launcher downloads the game at its first start."
-!define MUI_FINISHPAGE_RUN
-!define MUI_FINISHPAGE_RUN_TEXT "Start the Cold Anchor launcher"
-!define MUI_FINISHPAGE_RUN_FUNCTION startLauncher
-!insertmacro MUI_PAGE_FINISH
+Page custom offerStart startLauncher
 
 !define MUI_UNCONFIRMPAGE_TEXT_TOP "The launcher, the game and everything else in this folder is removed, except for the \
 folders save and userdata. Your profile and settings stay."
@@ -266,8 +263,28 @@ Section
     WriteRegDWORD SHCTX "${REGISTRY}" NoRepair 1
 SectionEnd
 
-; The desktop starts it, so that it doesn't inherit an administrator's rights.
+Function offerStart
+    !insertmacro MUI_HEADER_TEXT "Cold Anchor is installed" "The launcher downloads the game at its first start."
+    nsDialogs::Create 1018
+    Pop $0
+    ${NSD_CreateCheckbox} 0 10u 100% 12u "&Start the launcher"
+    Pop $button
+    ${NSD_Check} $button
+    GetDlgItem $0 $HWNDPARENT 1 ; the button that was "Next"
+    SendMessage $0 ${WM_SETTEXT} 0 "STR:&Close"
+    GetDlgItem $0 $HWNDPARENT 2
+    EnableWindow $0 0
+    GetDlgItem $0 $HWNDPARENT 3
+    EnableWindow $0 0
+    nsDialogs::Show
+FunctionEnd
+
+; The desktop starts it where this program has an administrator's rights, so that it doesn't inherit them.
 Function startLauncher
+    ${NSD_GetState} $button $0
+    ${If} $0 <> ${BST_CHECKED}
+        Return
+    ${EndIf}
     ${If} $elevated = 1
         Exec '"$WINDIR\explorer.exe" "$INSTDIR\${LAUNCHER}"'
     ${Else}
