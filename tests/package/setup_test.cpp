@@ -1,0 +1,165 @@
+// What a player meets: the setup program, the first start, and the removal. Runs on the host; the programs under Wine.
+#include "program/scenario.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <set>
+#include <sstream>
+
+using namespace ca::test;
+using enum ca::job::JobState;
+namespace fs = std::filesystem;
+
+namespace {
+
+const std::set<std::string> installed = {"ColdAnchorLauncher.exe",
+                                         "ColdAnchorUpdateHelper.exe",
+                                         "Uninstall.exe",
+                                         "assets/launcher/cold_anchor_launcher.png",
+                                         "data/update_public_key.pem",
+                                         "data/update_server.txt"};
+
+std::set<std::string> filesBelow(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (!entry.is_directory())
+            names.insert(entry.path().lexically_relative(folder));
+    return names;
+}
+
+// The exit status. The options go in word by word: what follows /D= stands without quotation marks, up to the end.
+int run(const fs::path& program, const std::string& options) {
+    std::vector<std::string> command = programRunner();
+    command.push_back(program);
+    std::istringstream words(options);
+    std::copy(std::istream_iterator<std::string>(words), {}, std::back_inserter(command));
+    ca::demo::ProcessOptions screen;
+    screen.environment = {"DISPLAY=" + display::name()};
+    return ca::demo::Process(command, screen).wait(std::chrono::seconds(60)).value_or(-1);
+}
+
+fs::path setupProgram() {
+    return testedBuild() / "package/ColdAnchorSetup-" PROGRAM_TEST_VERSION ".exe";
+}
+
+int install(const fs::path& folder) {
+    return run(setupProgram(), "/S /D=" + shownPath(folder));
+}
+
+// The uninstaller goes on as a copy of itself when its first process has ended.
+void uninstall(const fs::path& folder, const std::set<std::string>& left) {
+    EXPECT_EQ(run(folder / "Uninstall.exe", "/S"), 0);
+    const auto rest = [&] { return fs::exists(folder) ? filesBelow(folder) : std::set<std::string>(); };
+    EXPECT_TRUE(eventually([&] { return rest() == left; })) << testing::PrintToString(rest());
+}
+
+// Below drive C, there or in the user's own folder; empty if it isn't there.
+std::string onDriveC(const std::string& name) {
+    const fs::path drive = testedBuild() / "wine-screen/drive_c";
+    for (const auto& user : fs::directory_iterator(drive / "users"))
+        if (const std::string path = drive / ("users/" + user.path().filename().string() + "/" + name);
+            fs::exists(path))
+            return path;
+    return fs::exists(drive / name) ? drive / name : "";
+}
+
+} // namespace
+
+TEST(Setup, LeadsToTheGameAndBack) {
+    Scenario s; // its channel offers the launcher of the setup program, the game and its data
+    const std::string notes = readFile(s.data / "patch_notes.txt");
+    fs::remove_all(s.installation);
+    ASSERT_EQ(install(s.installation), 0);
+    EXPECT_EQ(filesBelow(s.installation), installed);
+    fs::copy(s.installation, s.tree, fs::copy_options::recursive);
+    for (const char* own : {"Uninstall.exe", "data/update_public_key.pem", "data/update_server.txt"})
+        fs::remove(s.tree / own);
+    fs::copy_file(builtProgram("fake_game.exe"), s.tree / "ColdAnchor.exe");
+    writeFile(s.data / "patch_notes.txt", notes);
+    s.publish();
+    s.serve();
+
+    s.begin(start);
+    auto ready = look(Ready, "READY TO PLAY", "INSTALLED VERSION 1.4.2");
+    ready.progressDone = ready.progressTotal = 1;
+    s.see(ready);
+    EXPECT_EQ(install(s.installation), 4) << "the launcher runs";
+    EXPECT_EQ(run(s.installation / "Uninstall.exe", "/S"), 0);
+    for (const std::string& file : filesBelow(s.tree))
+        EXPECT_TRUE(readFile(s.installation / file) == readFile(s.tree / file)) << file;
+    s.play();
+
+    const std::string deep(100, 'd');
+    writeFile(s.installation / deep / deep / deep / "at the end.txt", "beyond 260 characters");
+    writeFile(s.folder / "elsewhere/kept.txt", "not ours");
+    fs::create_directory_symlink(s.folder / "elsewhere", s.installation / "maps/link");
+    writeFile(s.installation / "save/profile_v07.sav", "level 3");
+    writeFile(s.installation / "userdata/saves/profile_v07.sav", "level 4");
+    ASSERT_EQ(install(s.installation), 0) << "a second time, over it";
+    EXPECT_TRUE(fs::exists(s.installation / "ColdAnchor.exe"));
+    uninstall(s.installation, {"save/profile_v07.sav", "userdata/saves/profile_v07.sav"});
+    EXPECT_EQ(readFile(s.folder / "elsewhere/kept.txt"), "not ours");
+    EXPECT_EQ(readFile(s.player / "local/ColdAnchor/saves/settings_v01.cfg"), "volume 7\n");
+}
+
+TEST(Setup, TakesTheUsualFoldersAndTheStartMenu) {
+    struct Row {
+        const char *options, *folder, *menu;
+    };
+    for (const auto& row :
+         std::initializer_list<Row>{{"/S", "AppData/Local/Programs/Cold Anchor",
+                                     "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"},
+                                    {"/S /ALLUSERS", "Program Files/Cold Anchor",
+                                     "ProgramData/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"}}) {
+        SCOPED_TRACE(row.options);
+        EXPECT_EQ(run(setupProgram(), row.options), 0);
+        const fs::path folder = onDriveC(row.folder);
+        ASSERT_FALSE(folder.empty());
+        EXPECT_EQ(filesBelow(folder), installed);
+        EXPECT_NE(onDriveC(row.menu), "");
+        uninstall(folder, {});
+        EXPECT_TRUE(eventually([&] { return onDriveC(row.menu).empty(); }));
+    }
+}
+
+TEST(Setup, TakesNoFolderWithOtherThings) {
+    const TemporaryFolder folder;
+    writeFile(folder / "a player's own.txt", "text");
+    EXPECT_EQ(install(folder.path()), 3);
+    EXPECT_EQ(filesBelow(folder.path()), std::set<std::string>{"a player's own.txt"});
+}
+
+// Wine's own libraries load bcrypt, crypt32 and setupapi in a way that no program can steer; Windows' don't. So these
+// aren't planted.
+TEST(Launcher, LoadsNoLibraryFromItsFolder) {
+    const auto loaded = [](const fs::path& folder) {
+        std::set<std::string> names = filesBelow(folder);
+        std::erase_if(names, [](const std::string& name) { return !name.ends_with(".loaded"); });
+        return names;
+    };
+    const auto plant = [](const fs::path& folder, const std::vector<std::string>& names) {
+        std::string native; // as Windows does, Wine then looks beside the program first
+        for (const std::string& name : names) {
+            fs::copy_file(builtProgram("planted.dll"), folder / (name + ".dll"));
+            native += name + "=n,b;";
+        }
+        ::setenv("WINEDLLOVERRIDES", native.c_str(), 1);
+    };
+    Scenario s;
+    plant(s.installation, {"winhttp", "version", "winmm", "imm32", "dwmapi", "dxgi", "d3d9", "shcore", "uxtheme",
+                           "combase", "opengl32", "dinput8"});
+    s.makeCurrent();
+    s.begin(start);
+    s.see(look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable"));
+    s.close();
+    EXPECT_EQ(loaded(s.installation), std::set<std::string>());
+
+    const TemporaryFolder other; // a program that takes no care
+    fs::copy_file(builtProgram("careless.exe"), other / "careless.exe");
+    plant(other.path(), {"winhttp", "version"});
+    EXPECT_EQ(run(other / "careless.exe", ""), 0);
+    EXPECT_EQ(loaded(other.path()), (std::set<std::string>{"VERSION.dll.loaded", "WINHTTP.dll.loaded"}));
+    ::unsetenv("WINEDLLOVERRIDES");
+}
