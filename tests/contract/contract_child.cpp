@@ -1,17 +1,15 @@
 // The program that the contract's tests start:
 //
-//   contract_child report FILE [ARGUMENT]...  writes its folder, its own path, DISPLAY and its arguments to FILE, a
-//   line each contract_child wait FILE                  the same, then ends when the file is gone contract_child leave
-//   PORT MICROSECONDS    returns from main while its other thread downloads
+//   contract_child report FILE [ARGUMENT]...     writes its folder, its own path, DISPLAY and its arguments to FILE
+//   contract_child wait FILE                     the same, then ends when the file is gone
+//   contract_child leave PORT MICROSECONDS       returns from main while its other thread downloads
 #include "contract.h"
 
 #include <winhttp.h>
 
 using namespace ca::test;
 
-namespace {
-
-void downloadForever(INTERNET_PORT port) {
+static void downloadForever(INTERNET_PORT port) {
     for (std::vector<char> bytes(65536);;) {
         const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, nullptr, nullptr, 0);
         const HINTERNET server = ::WinHttpConnect(session, L"127.0.0.1", port, 0);
@@ -26,8 +24,6 @@ void downloadForever(INTERNET_PORT port) {
     }
 }
 
-} // namespace
-
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.at(0) == "leave") {
@@ -41,8 +37,7 @@ int main(int argc, char** argv) {
                        setting("DISPLAY");
     for (std::size_t i = 2; i < arguments.size(); ++i)
         text += "\n" + arguments[i];
-    const auto file = std::filesystem::absolute(arguments.at(1));
-    std::filesystem::rename(writeFile(file.parent_path() / "draft", text),
-                            file); // whole at once, for whoever waits for it
+    const auto file = std::filesystem::absolute(arguments.at(1)); // whole at once, for whoever waits for it
+    std::filesystem::rename(writeFile(file.parent_path() / "draft", text), file);
     return arguments[0] == "report" || eventually([&] { return !std::filesystem::exists(file); }) ? 0 : 1;
 }

@@ -2,16 +2,12 @@
 
 using namespace ca::test;
 
-namespace {
-
-HANDLE open(const std::filesystem::path& path, DWORD access, DWORD disposition, DWORD flags = FILE_ATTRIBUTE_NORMAL) {
+static HANDLE open(const std::filesystem::path& path, DWORD access, DWORD disposition,
+                   DWORD flags = FILE_ATTRIBUTE_NORMAL) {
     return ::CreateFileW(wideFromPath(path).c_str(), access, FILE_SHARE_READ, nullptr, disposition, flags, nullptr);
 }
 
-constexpr DWORD reading = GENERIC_READ;
-constexpr DWORD writing = GENERIC_WRITE;
-
-} // namespace
+static constexpr DWORD reading = GENERIC_READ, writing = GENERIC_WRITE;
 
 TEST(Files, OpenByTheirDisposition) {
     const TemporaryFolder folder;

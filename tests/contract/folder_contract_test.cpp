@@ -10,30 +10,30 @@ TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
     writeFile(folder / "a", "a");
     writeFile(folder / "sub/b", "b");
     const auto at = [&](const char* name) { return wideFromPath(folder / name); };
-    const auto result = [](BOOL done) { return done ? DWORD{0} : ::GetLastError(); };
+    const auto copy = [&](const char* from, const char* to, BOOL fresh) {
+        return result(::CopyFileW(at(from).c_str(), at(to).c_str(), fresh));
+    };
+    const auto link = [&](const char* name, const char* file) {
+        return result(::CreateHardLinkW(at(name).c_str(), at(file).c_str(), nullptr));
+    };
+    const auto make = [&](const char* name) { return result(::CreateDirectoryW(at(name).c_str(), nullptr)); };
+    const auto remove = [&](const char* name) { return result(::RemoveDirectoryW(at(name).c_str())); };
+    const auto erase = [&](const char* name) { return result(::DeleteFileW(at(name).c_str())); };
     using Row = std::tuple<const char*, DWORD, DWORD>;
-    for (const auto& [step, got, expected] : {
-             Row("copy", result(::CopyFileW(at("a").c_str(), at("copy").c_str(), TRUE)), 0),
-             Row("copy again", result(::CopyFileW(at("a").c_str(), at("copy").c_str(), TRUE)), ERROR_FILE_EXISTS),
-             Row("copy over", result(::CopyFileW(at("sub/b").c_str(), at("copy").c_str(), FALSE)), 0),
-             Row("copy nothing", result(::CopyFileW(at("no").c_str(), at("x").c_str(), FALSE)), ERROR_FILE_NOT_FOUND),
-             Row("copy nowhere", result(::CopyFileW(at("a").c_str(), at("no/x").c_str(), FALSE)), ERROR_PATH_NOT_FOUND),
-             Row("link", result(::CreateHardLinkW(at("link").c_str(), at("a").c_str(), nullptr)), 0),
-             Row("link again", result(::CreateHardLinkW(at("link").c_str(), at("a").c_str(), nullptr)),
-                 ERROR_ALREADY_EXISTS),
-             Row("link nothing", result(::CreateHardLinkW(at("x").c_str(), at("no").c_str(), nullptr)),
-                 ERROR_FILE_NOT_FOUND),
-             Row("make", result(::CreateDirectoryW(at("new").c_str(), nullptr)), 0),
-             Row("make again", result(::CreateDirectoryW(at("new").c_str(), nullptr)), ERROR_ALREADY_EXISTS),
-             Row("make below nothing", result(::CreateDirectoryW(at("no/x").c_str(), nullptr)), ERROR_PATH_NOT_FOUND),
-             Row("remove a file as a folder", result(::RemoveDirectoryW(at("a").c_str())), ERROR_DIRECTORY),
-             Row("remove a full one", result(::RemoveDirectoryW(at("sub").c_str())), ERROR_DIR_NOT_EMPTY),
-             Row("remove an empty one", result(::RemoveDirectoryW(at("new").c_str())), 0),
-             Row("remove nothing", result(::RemoveDirectoryW(at("new").c_str())), ERROR_FILE_NOT_FOUND),
-             Row("delete a folder", result(::DeleteFileW(at("sub").c_str())), ERROR_ACCESS_DENIED),
-             Row("delete one name of two", result(::DeleteFileW(at("a").c_str())), 0),
-             Row("delete nothing", result(::DeleteFileW(at("a").c_str())), ERROR_FILE_NOT_FOUND),
-         })
+    for (const auto& [step, got, expected] :
+         {Row("copy", copy("a", "copy", TRUE), 0), Row("copy again", copy("a", "copy", TRUE), ERROR_FILE_EXISTS),
+          Row("copy over", copy("sub/b", "copy", FALSE), 0),
+          Row("copy nothing", copy("no", "x", FALSE), ERROR_FILE_NOT_FOUND),
+          Row("copy nowhere", copy("a", "no/x", FALSE), ERROR_PATH_NOT_FOUND), Row("link", link("link", "a"), 0),
+          Row("link again", link("link", "a"), ERROR_ALREADY_EXISTS),
+          Row("link nothing", link("x", "no"), ERROR_FILE_NOT_FOUND), Row("make", make("new"), 0),
+          Row("make again", make("new"), ERROR_ALREADY_EXISTS),
+          Row("make below nothing", make("no/x"), ERROR_PATH_NOT_FOUND),
+          Row("remove a file as a folder", remove("a"), ERROR_DIRECTORY),
+          Row("remove a full one", remove("sub"), ERROR_DIR_NOT_EMPTY), Row("remove an empty one", remove("new"), 0),
+          Row("remove nothing", remove("new"), ERROR_FILE_NOT_FOUND),
+          Row("delete a folder", erase("sub"), ERROR_ACCESS_DENIED), Row("delete one name of two", erase("a"), 0),
+          Row("delete nothing", erase("a"), ERROR_FILE_NOT_FOUND)})
         EXPECT_EQ(got, expected) << step;
     EXPECT_EQ(readFile(folder / "copy") + readFile(folder / "link"), "ba");
     EXPECT_EQ(::GetFileAttributesW(at("sub").c_str()) & FILE_ATTRIBUTE_DIRECTORY, DWORD{FILE_ATTRIBUTE_DIRECTORY});
@@ -51,9 +51,8 @@ TEST(Folders, AreListedAndPathsMadeWhole) {
     const HANDLE search = ::FindFirstFileW((wideFromPath(folder.path()) + L"/*").c_str(), &entry);
     ASSERT_NE(search, INVALID_HANDLE_VALUE);
     do {
-        if (entry.cFileName[0] != L'.')
-            names.push_back(entry.cFileName +
-                            std::wstring(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? L"/" : L""));
+        if (std::wstring name = entry.cFileName; name[0] != L'.')
+            names.push_back(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? name + L"/" : name);
     } while (::FindNextFileW(search, &entry));
     EXPECT_EQ(::GetLastError(), DWORD{ERROR_NO_MORE_FILES});
     EXPECT_TRUE(::FindClose(search));
@@ -94,12 +93,9 @@ TEST(Programs, AreWaitedFor) {
     EXPECT_TRUE(::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, 4194304) == nullptr &&
                 ::GetLastError() == ERROR_INVALID_PARAMETER);
     const TemporaryFolder folder;
-    std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
+    const std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
     PROCESS_INFORMATION child{};
-    ASSERT_TRUE(::CreateProcessW(wideFromPath(childProgram()).c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                 wideFromPath(folder.path()).c_str(), &startup, &child));
+    ASSERT_EQ(start(childProgram(), line, folder.path(), child), 0U);
     const HANDLE process = ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, child.dwProcessId);
     EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
     EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
@@ -111,5 +107,5 @@ TEST(Programs, AreWaitedFor) {
     std::filesystem::remove(folder / "out"); // and the child ends
     EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
     EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";
-    EXPECT_TRUE(::CloseHandle(process) && ::CloseHandle(child.hProcess) && ::CloseHandle(child.hThread));
+    EXPECT_TRUE(::CloseHandle(process) && ::CloseHandle(child.hProcess));
 }

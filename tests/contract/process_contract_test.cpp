@@ -4,55 +4,44 @@
 
 using namespace ca::test;
 
-namespace {
-
-// 0 or the last error; `id` becomes the process's.
-DWORD start(const std::filesystem::path& program, std::wstring line, const std::filesystem::path& folder, DWORD& id) {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW,
-                          nullptr, wideFromPath(folder).c_str(), &startup, &process))
-        return ::GetLastError();
-    id = process.dwProcessId;
-    return ::CloseHandle(process.hThread) && ::CloseHandle(process.hProcess) ? 0 : 1;
-}
-
-std::intptr_t elevate(const std::filesystem::path& program, const std::wstring& parameters) {
+static std::intptr_t elevate(const std::filesystem::path& program, const std::wstring& parameters) {
     return reinterpret_cast<std::intptr_t>(
         ::ShellExecuteW(nullptr, L"runas", wideFromPath(program).c_str(), parameters.c_str(), nullptr, SW_SHOWNORMAL));
 }
-
-} // namespace
 
 TEST(Processes, StartInTheirFolderWithTheirArguments) {
     const TemporaryFolder folder; // its name holds blanks and a letter beyond ASCII
     const auto program = folder / u8"prögräm €.exe";
     std::filesystem::copy_file(childProgram(), program);
-    DWORD id = 0;
+    PROCESS_INFORMATION process{};
     const std::wstring line =
         L"\"" + wideFromPath(program) + LR"(" report out --pid 7 --replace "C:\a b\x" "" "x\\" a\\b c\"d "e f"g)";
-    ASSERT_EQ(start(program, line, folder.path(), id), 0U);
+    ASSERT_EQ(start(program, line, folder.path(), process), 0U);
+    EXPECT_TRUE(::CloseHandle(process.hProcess));
     ASSERT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
     const std::string place = utf8FromPath(folder.path()) + "\n";
     EXPECT_EQ(readFile(folder / "out"),
               place + place + setting("DISPLAY") + "\n--pid\n7\n--replace\nC:\\a b\\x\n\nx\\\na\\\\b\nc\"d\ne fg");
     // Where there are zombies, nobody is left as one.
-    EXPECT_TRUE(onWindows || eventually([&] { return !std::filesystem::exists("/proc/" + std::to_string(id)); }));
+    const std::string entry = "/proc/" + std::to_string(process.dwProcessId);
+    EXPECT_TRUE(onWindows || eventually([&] { return !std::filesystem::exists(entry); }));
 }
 
 TEST(Processes, AreRefusedWithTheReason) {
     const TemporaryFolder folder;
     const auto garbage = writeFile(folder / "garbage.exe", "no program at all, whatever its permissions say");
     std::filesystem::permissions(garbage, std::filesystem::perms::owner_all);
-    DWORD id = 0;
-    EXPECT_EQ(start(folder / "none.exe", L"x", folder.path(), id), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(start(folder / "none" / "none.exe", L"x", folder.path(), id), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(start(garbage, L"x", folder.path(), id), DWORD{ERROR_BAD_EXE_FORMAT});
-    EXPECT_EQ(start(childProgram(), L"x", folder / "none", id), DWORD{ERROR_DIRECTORY});
+    const auto expectError = [&](const std::filesystem::path& program, const std::filesystem::path& where,
+                                 DWORD error) {
+        PROCESS_INFORMATION process{};
+        EXPECT_EQ(start(program, L"x", where, process), error) << program;
+    };
+    expectError(folder / "none.exe", folder.path(), ERROR_FILE_NOT_FOUND);
+    expectError(folder / "none" / "none.exe", folder.path(), ERROR_PATH_NOT_FOUND);
+    expectError(garbage, folder.path(), ERROR_BAD_EXE_FORMAT);
+    expectError(childProgram(), folder / "none", ERROR_DIRECTORY);
     std::filesystem::permissions(garbage, std::filesystem::perms::owner_read); // which Windows has no use for
-    EXPECT_EQ(start(garbage, L"x", folder.path(), id),
-              onWindows ? DWORD{ERROR_BAD_EXE_FORMAT} : DWORD{ERROR_ACCESS_DENIED});
+    expectError(garbage, folder.path(), onWindows ? ERROR_BAD_EXE_FORMAT : ERROR_ACCESS_DENIED);
 }
 
 TEST(Elevation, TellsStartedFromRefusedWithoutWaitingForTheEnd) {

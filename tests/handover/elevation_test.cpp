@@ -1,8 +1,6 @@
 // An installation that the launcher's user can't write to: an unprivileged user where the tests run as root.
 #include "handover/machine.h"
 
-#include <algorithm>
-#include <sstream>
 #include <sys/inotify.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -40,13 +38,8 @@ struct LimitedPlayer : Machine {
     }
     // Runs what is asked for as the administrator would be made to, on the prompt's own streams.
     std::unique_ptr<ca::demo::Process> grant() const {
-        std::vector<std::string> command{"env",
-                                         "-i",
-                                         "SDL_RENDER_DRIVER=software",
-                                         "SDL_FRAMEBUFFER_ACCELERATION=0",
-                                         "sh",
-                                         "-c",
-                                         "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"};
+        std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software", "SDL_FRAMEBUFFER_ACCELERATION=0"};
+        command.insert(command.end(), {"sh", "-c", "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"});
         EXPECT_TRUE(eventually([this] { return fs::exists(prompt / "asked"); })); // the window says so before
         std::istringstream asked(readFile(prompt / "asked"));
         for (std::string word; std::getline(asked, word);)
@@ -80,41 +73,29 @@ private:
     int queue_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
 };
 
-ca::job::SharedSnapshot installed() {
-    auto ready = look(Ready, "READY TO PLAY", "INSTALLED VERSION 1.4.2");
-    ready.progressDone = ready.progressTotal = 1;
-    return ready;
+// The one launcher that runs was started with "--elevated-update" and nothing more.
+void expectElevated(const Machine& s) {
+    ASSERT_EQ(s.launchers().size(), 1U);
+    const std::string words = readFile("/proc/" + std::to_string(s.launchers()[0]) + "/cmdline");
+    const std::size_t end = words.find_last_not_of('\0') + 1; // Wine leaves more of them behind
+    EXPECT_TRUE(words.substr(0, end).ends_with(launcherName + '\0' + "--elevated-update")) << words;
 }
 
 } // namespace
-
-TEST(Elevation, IsAskedForOnlyToInstall) {
-    if (!programRunner().empty())
-        GTEST_SKIP() << "the prompt is the host's";
-    LimitedPlayer s;
-    s.makeCurrent();
-    s.begin(start);
-    s.see(look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable"));
-    EXPECT_EQ(s.changes(), Paths());
-    EXPECT_FALSE(fs::exists(s.prompt / "asked"));
-    s.close();
-}
 
 TEST(Elevation, IsFoundOutByAFileThatVanishes) {
     Machine s;
     s.put("next/" + launcherName, s.installation / launcherName);
     const Watch watch(s.installation);
     s.begin(start);
-    s.see(installed());
+    s.see(updated());
     EXPECT_TRUE(watch.sawWriteTest());
     for (const std::string& path : s.changes())
         EXPECT_EQ(path.find("write-test"), std::string::npos) << path;
     s.close();
 }
 
-TEST(Elevation, CanBeRefusedAndAskedForAgain) {
-    if (!programRunner().empty())
-        GTEST_SKIP() << "the prompt is the host's";
+TEST(Prompt, CanBeRefusedAndComesAgain) {
     LimitedPlayer s;
     const Watch watch(s.installation);
     auto denied = look(Failed, "UPDATE PERMISSION DENIED", "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
@@ -137,24 +118,20 @@ TEST(Elevation, CanBeRefusedAndAskedForAgain) {
     s.close();
 }
 
-TEST(Elevation, CarriesOnInASecondProcess) {
-    if (!programRunner().empty())
-        GTEST_SKIP() << "the prompt is the host's";
+TEST(Prompt, LeadsToASecondProcess) {
     LimitedPlayer s;
     s.begin(start);
     s.see(asking());
     const Watch watch(s.installation);
     const auto elevated = s.grant();
     s.waitForSuccessor();
-    s.see(installed());
+    s.see(updated());
     s.expectCurrent();
-    ASSERT_EQ(s.launchers().size(), 1U);
-    const std::string words = readFile("/proc/" + std::to_string(s.launchers()[0]) + "/cmdline");
-    EXPECT_EQ(words, (s.installation / launcherName).string() + '\0' + "--elevated-update" + '\0');
+    expectElevated(s);
     fs::remove(s.prompt / "asked");
     s.makeOld();
     s.begin(refresh); // the rights last for the whole run
-    s.see(installed());
+    s.see(updated());
     s.expectCurrent();
     EXPECT_FALSE(fs::exists(s.prompt / "asked") || watch.sawWriteTest());
     s.closeSuccessor();
@@ -182,13 +159,9 @@ TEST(Elevation, GoesThroughWindows) {
     }));
     EXPECT_EQ(::umount2(folder, MNT_DETACH), 0);
     s.waitForSuccessor();
-    s.see(installed());
+    s.see(updated());
     s.expectCurrent();
-    ASSERT_EQ(s.launchers().size(), 1U);
-    const std::string words = readFile("/proc/" + std::to_string(s.launchers()[0]) + "/cmdline");
-    EXPECT_EQ(words.substr(words.find(launcherName)).c_str() + launcherName.size() + 1,
-              std::string("--elevated-update"));
-    EXPECT_EQ(words.find_first_not_of('\0', words.find("--") + 17), std::string::npos); // and nothing more
+    expectElevated(s);
     EXPECT_FALSE(watch.sawWriteTest());
     s.closeSuccessor();
 }

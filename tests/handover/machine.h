@@ -5,12 +5,8 @@
 #include "program/scenario.h"
 
 #include <csignal>
-#include <gtest/gtest.h>
 
 namespace ca::test {
-
-namespace fs = std::filesystem;
-using enum job::JobState;
 
 inline const std::string launcherName = "ColdAnchorLauncher.exe";
 inline const std::string helperName = "ColdAnchorUpdateHelper.exe";
@@ -43,7 +39,7 @@ struct Machine : Scenario {
     // The first launcher ends by itself; the second one shows its window.
     void waitForSuccessor() {
         EXPECT_EQ(launcher->wait(std::chrono::seconds(20)), 0);
-        EXPECT_TRUE(eventually([] { return display::findWindow() && display::picture()[700] == 0x070B0E; }));
+        EXPECT_TRUE(display::waitForWindow());
     }
 
     void expectCurrent() const {

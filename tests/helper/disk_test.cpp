@@ -8,78 +8,35 @@
 
 using namespace ca::test;
 
-namespace {
-
-constexpr const char* fileCalls = "trace=%file,write,exit_group"; // what can be seen of the helper on the disk
-
-std::vector<std::string> underStrace(const fs::path& output, const std::vector<std::string>& injections) {
-    std::vector<std::string> command{"strace", "-qq", "-o", output, "-e", "signal=none", "-e", fileCalls};
-    for (const std::string& injection : injections)
-        command.insert(command.end(), {"-e", "inject=" + injection});
-    return command;
+static std::vector<std::string> underStrace(const fs::path& output, const std::string& injection) {
+    const char* const seen = "trace=%file,write,exit_group"; // of the helper on the disk
+    return {"strace", "-qq", "-o", output, "-e", "signal=none", "-e", seen, "-e", "inject=" + injection};
 }
 
-// A small volume, where the tests run as root.
-class Disk {
-public:
-    Disk(const fs::path& folder, const char* options)
-        : folder_(folder),
-          mounted_(fs::create_directories(folder) && ::mount("none", folder.c_str(), "tmpfs", 0, options) == 0) {}
-    ~Disk() {
-        if (mounted_)
-            ::umount2(folder_.c_str(), MNT_DETACH);
-    }
-    bool isMounted() const { return mounted_; }
-    void fill(bool names) const {
-        std::ofstream file(folder_ / "fill", std::ios::binary);
-        while (file << std::string(4096, 'f') << std::flush) {
-        }
-        for (int i = 0; names && std::ofstream(folder_ / ("fill" + std::to_string(i))); ++i) {
-        }
-    }
-
-private:
-    fs::path folder_;
-    bool mounted_;
-};
-
-} // namespace
-
-TEST(HelperDisk, RetriesWhatPassesAndNothingElse) {
-    if (!programRunner().empty())
-        GTEST_SKIP() << "strace doesn't know Windows' calls";
-    struct Row {
-        std::vector<std::string> injections;
-        int status;
-        const char* launcher;
-        bool tidy;
-    };
-    for (const Row& row : {
-             Row{{"link:error=EPERM"}, 0, "new", true}, // a volume without hard links: a copy is kept
-             Row{{"rename:error=EBUSY:when=1..2"}, 0, "new", true},
-             Row{{"rename:error=EROFS"}, 16, "old", false},
-             Row{{"unlink,rmdir:error=EACCES"}, 0, "new", false},
-         }) {
-        SCOPED_TRACE(row.injections.front());
+TEST(HelperCalls, RetryWhatPassesAndNothingElse) {
+    using Row = std::tuple<const char*, int, bool>;
+    for (const auto& [injection, status, tidy] :
+         {Row("link:error=EPERM", 0, true), // a volume without hard links: a copy is kept
+          Row("rename:error=EBUSY:when=1..2", 0, true), Row("rename:error=EROFS", 16, false),
+          Row("unlink,rmdir:error=EACCES", 0, false)}) {
+        SCOPED_TRACE(injection);
         const Installation i;
-        EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", row.injections)), row.status);
-        i.expectStarted(row.launcher);
-        EXPECT_EQ(!fs::exists(i.stage), row.tidy);
-        EXPECT_TRUE(row.status != 0 || readFile(i.backup / launcherName) == standIn("old"));
+        EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", injection)), status);
+        i.expectStarted(status == 0 ? "new" : "old");
+        EXPECT_EQ(!fs::exists(i.stage), tidy);
+        EXPECT_TRUE(status != 0 || readFile(i.backup / launcherName) == standIn("old"));
     }
     const Installation i;
-    Installation::put(i.staged, brokenProgram());
-    EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", {"rename:error=EROFS:when=2"})), 18);
+    Installation::breakProgram(i.staged);
+    EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", "rename:error=EROFS:when=2")), 18);
 }
 
-TEST(HelperDisk, KeepsAWholeLauncherWhereverItIsKilled) {
-    if (!programRunner().empty())
-        GTEST_SKIP() << "strace doesn't know Windows' calls";
+TEST(HelperCalls, KeepAWholeLauncherWhereverItIsKilled) {
     // Every call on a file from the first one below the work folder on, as a call's name and its how-manieth it is.
     std::vector<std::string> moments;
     {
         const Installation i;
-        EXPECT_EQ(i.run(i.arguments(), underStrace(i.folder / "trace", {})), 0);
+        EXPECT_EQ(i.run(i.arguments(), underStrace(i.folder / "trace", "none:retval=0")), 0);
         std::ifstream trace(i.folder / "trace");
         std::map<std::string, int> counts;
         for (std::string line; std::getline(trace, line);) {
@@ -93,7 +50,7 @@ TEST(HelperDisk, KeepsAWholeLauncherWhereverItIsKilled) {
     for (const std::string& moment : moments) {
         SCOPED_TRACE(moment);
         const Installation i;
-        EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", {moment})), 128 + SIGKILL);
+        EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", moment)), 128 + SIGKILL);
         const bool replaced = readFile(i.target) == standIn("new");
         EXPECT_TRUE(replaced || (readFile(i.target) == standIn("old") && readFile(i.staged) == standIn("new")));
         EXPECT_TRUE(!replaced || readFile(i.backup / launcherName) == standIn("old"));
@@ -110,34 +67,33 @@ TEST(HelperDisk, KeepsAWholeLauncherWhereverItIsKilled) {
 TEST(HelperDisk, NeedsNoRoomToReplace) {
     for (const bool names : {false, true}) { // a full disk; one that takes no further name either
         const TemporaryFolder place;
-        const Disk disk(place / "disk", "size=128m,nr_inodes=40");
-        if (!disk.isMounted())
+        if (::mount("none", place.path().c_str(), "tmpfs", 0, "size=128m,nr_inodes=40") != 0)
             GTEST_SKIP() << "only root can make a small disk";
-        const Installation i("game", launcherName, place / "disk");
-        fs::create_symlink(place / "report", i.game / "started.txt");
-        disk.fill(names);
+        const Installation i("game", launcherName, place.path());
+        fs::create_symlink(i.folder / "report", i.game / "started.txt");
+        change(place.path(), "cat /dev/zero >fill 2>/dev/null || true");
+        if (names)
+            change(place.path(), "n=0; while touch fill$n 2>/dev/null; do n=$((n + 1)); done");
         EXPECT_EQ(i.run(), names ? 15 : 0);
         i.expectStarted(names ? "old" : "new");
+        EXPECT_EQ(::umount2(place.path().c_str(), MNT_DETACH), 0);
     }
 }
 
 TEST(HelperDisk, WaitsForWhoHoldsTheLauncherOpen) {
     if (programRunner().empty())
         GTEST_SKIP() << "an open file can be replaced here";
-    struct Row {
-        const char *share, *milliseconds;
-        int status;
-    };
-    for (const Row& row : {Row{"0", "2000", 0}, Row{"1", "600000", 16}}) {
+    using Row = std::tuple<const char*, const char*, int>;
+    for (const auto& [share, milliseconds, status] : {Row("0", "2000", 0), Row("1", "600000", 16)}) {
         const Installation i;
         std::vector<std::string> command = programRunner();
-        command.insert(command.end(), {builtProgram("hold_file.exe"), shownPath(i.target), row.share, row.milliseconds,
+        command.insert(command.end(), {builtProgram("hold_file.exe"), shownPath(i.target), share, milliseconds,
                                        shownPath(i.folder / "held")});
         Process holder(command);
         EXPECT_TRUE(eventually([&] { return fs::exists(i.folder / "held"); }));
         const auto begin = std::chrono::steady_clock::now();
-        EXPECT_EQ(i.run(), row.status);
+        EXPECT_EQ(i.run(), status);
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(40));
-        i.expectStarted(row.status == 0 ? "new" : "old");
+        i.expectStarted(status == 0 ? "new" : "old");
     }
 }

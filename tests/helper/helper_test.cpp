@@ -4,75 +4,53 @@ using namespace ca::test;
 
 TEST(Helper, RefusesEveryOtherCommandLine) {
     const Installation i;
-    const auto before = i.contents();
-    const std::string work = i.game / ".coldanchor-update";
-    const std::string outside = i.folder / "outside";
-    fs::create_directory_symlink(i.stage, work + "/stage-17");
+    const fs::path work = i.game / ".coldanchor-update", outside = i.folder / "outside";
+    fs::create_directory_symlink(i.stage, work / "stage-17");
     fs::create_directory_symlink(outside, i.stage / "link");
-    const auto withLinks = i.contents();
-    struct Row {
-        int status;
-        std::size_t at;
-        std::string word;
-    };
-    for (const Row& row : std::initializer_list<Row>{
-             {10, 0, "--wait"},
-             {10, 1, ""},
-             {10, 1, "0"},
-             {10, 1, "-1"},
-             {10, 1, " 12"},
-             {10, 1, "12x"},
-             {10, 1, "4294967296"},
-             {10, 1, "99999999999999999999"},
-             {10, 2, "--target"},
-             {10, 3, ""},
-             {10, 4, "--replace"},
-             {10, 5, ""},
-             {10, 6, "--Relaunch"},
-             {11, 5, shownPath(i.game / "ColdAnchor.exe")},
-             {11, 5, shownPath(i.game / ("x" + launcherName))},
-             {11, 7, shownPath(i.staged)},
-             {11, 7, ""},
-             {12, 3, shownPath(i.target)},
-             {12, 3, shownPath(i.stage)},
-             {12, 3, shownPath(i.stage / "")},
-             {12, 3, shownPath(outside + "/file")},
-             {12, 3, shownPath(i.stage / "../../x.exe")},
-             {12, 3, shownPath(work + "/stage-/x.exe")},
-             {12, 3, shownPath(work + "/stage-1a/x.exe")},
-             {12, 3, shownPath(work + "/backup-17/x.exe")},
-             {12, 3, shownPath(i.game.string() + "x/" + stagePath + "/" + launcherName)},
-             {12, 3, shownPath(work + "/stage-17/" + launcherName)},
-             {12, 3, shownPath(i.stage / "link/file")},
-         }) {
-        SCOPED_TRACE(row.word);
+    const auto before = i.contents();
+    const auto expectStatus = [&i](int status, std::size_t at, const std::string& word) {
         auto words = i.arguments();
-        words[row.at] = row.word;
-        if (row.status == 11 && row.at == 5)
-            words[7] = row.word;
-        EXPECT_EQ(i.run(words), row.status);
-    }
+        words[at] = word;
+        if (status == 11 && at == 5)
+            words[7] = word;
+        EXPECT_EQ(i.run(words), status) << word;
+    };
+    using Word = std::pair<std::size_t, const char*>;
+    for (const auto& [at, word] :
+         {Word(0, "--wait"), Word(1, ""), Word(1, "0"), Word(1, "-1"), Word(1, " 12"), Word(1, "12x"),
+          Word(1, "4294967296"), Word(1, "99999999999999999999"), Word(2, "--target"), Word(3, ""),
+          Word(4, "--replace"), Word(5, ""), Word(6, "--Relaunch")})
+        expectStatus(10, at, word);
+    expectStatus(11, 5, shownPath(i.game / "ColdAnchor.exe"));
+    expectStatus(11, 5, shownPath(i.game / ("x" + launcherName)));
+    expectStatus(11, 7, shownPath(i.staged));
+    expectStatus(11, 7, "");
+    const fs::path otherGame = i.game.string() + "x";
+    for (const fs::path& path :
+         {i.target, i.stage, i.stage / "", outside / launcherName, i.stage / "../../x.exe", work / "stage-/x.exe",
+          work / "stage-1a/x.exe", work / "backup-17/x.exe", otherGame / i.staged.lexically_relative(i.game),
+          work / "stage-17" / launcherName, i.stage / "link" / launcherName})
+        expectStatus(12, 3, shownPath(path));
     auto words = i.arguments();
     words.push_back("--verbose");
     EXPECT_EQ(i.run(words), 10);
     EXPECT_EQ(i.run({}), 10);
-    EXPECT_EQ(differing(i.contents(), withLinks), "");
+    EXPECT_EQ(differing(i.contents(), before), Paths());
 
-    fs::rename(work, outside + "/work"); // the work folder itself as a link
-    fs::create_directory_symlink(outside + "/work", work);
+    fs::rename(work, outside / "work"); // the work folder itself as a link
+    fs::create_directory_symlink(outside / "work", work);
     EXPECT_EQ(i.run(), 12);
-    EXPECT_TRUE(fs::is_symlink(work) && readFile(i.target) == before.at(i.target.lexically_relative(i.folder.path())));
+    EXPECT_TRUE(fs::is_symlink(work) && readFile(i.target) == standIn("old"));
 }
 
 TEST(Helper, ReplacesStartsAndTidiesUp) {
     const std::string deep = "tiefe Ordner/" + std::string(120, 'd') + "/" + std::string(130, 'e');
-    struct Row {
-        fs::path place, staged;
-    };
-    for (const Row& row : {Row{"game", launcherName}, Row{"Größe XL アンカー", "tools/ä b/" + launcherName},
-                           Row{"game", deep + "/" + launcherName}}) {
-        SCOPED_TRACE(row.staged);
-        const Installation i(row.place, row.staged);
+    using Row = std::pair<std::string, fs::path>;
+    for (const auto& [place, staged] :
+         {Row("game", launcherName), Row("Größe XL アンカー", "tools/ä b/" + launcherName),
+          Row("game", deep + "/" + launcherName)}) {
+        SCOPED_TRACE(staged);
+        const Installation i(place, staged);
         writeFile(i.stage / "data/left.dat", "left");
         if (programRunner().empty()) { // Wine follows no link here either, but can't remove it
             fs::create_directory_symlink(i.folder / "outside", i.stage / "link");
@@ -82,57 +60,36 @@ TEST(Helper, ReplacesStartsAndTidiesUp) {
         auto expected = i.contents();
         EXPECT_EQ(i.run(), 0);
         i.expectStarted("new");
-        const std::string game = row.place.string() + "/";
+        const std::string game = place + "/";
         std::erase_if(expected, [&](const auto& entry) { return entry.first.starts_with(game + stagePath); });
         expected[game + ".coldanchor-update/backup-1700000000123/" + launcherName] = standIn("old");
         expected[game + launcherName] = standIn("new");
         expected[game + "started.txt"] = readFile(i.game / "started.txt");
-        EXPECT_EQ(differing(expected, i.contents()), "");
+        EXPECT_EQ(differing(expected, i.contents()), Paths());
     }
 }
 
-TEST(Helper, StartsTheOldLauncherWhenThereIsNoNewOne) {
-    const std::string program = standIn("new");
-    struct Row {
-        const char* name;
-        int status;
-        std::function<void(const Installation&)> change;
-    };
-    for (const Row& row : {
-             Row{"vanished", 13, [](const Installation& i) { fs::remove(i.staged); }},
-             Row{"stage folder vanished", 13, [](const Installation& i) { fs::remove_all(i.stage); }},
-             Row{"empty", 13, [](const Installation& i) { writeFile(i.staged, ""); }},
-             Row{"text", 13, [](const Installation& i) { writeFile(i.staged, "MZ, or so"); }},
-             Row{"can't run", 17, [](const Installation& i) { Installation::put(i.staged, brokenProgram()); }},
-             Row{"no place to keep the old one", 15,
-                 [](const Installation& i) { fs::remove(i.backup), writeFile(i.backup, ""); }},
-         }) {
-        SCOPED_TRACE(row.name);
+TEST(Helper, StartsWhicheverLauncherThereIs) {
+    using Row = std::tuple<int, const char*>;
+    for (const auto& [status, cause] :
+         {Row(0, "rm $old"), Row(13, "rm $new"), Row(13, "rm -r stage-*"), Row(13, ": >$new"),
+          Row(13, "echo MZ, or so >$new"), Row(15, "rmdir $backup; touch $backup"),
+          Row(15, "rmdir $backup; ln -s ../../outside $backup")}) {
+        SCOPED_TRACE(cause);
         const Installation i;
-        row.change(i);
-        EXPECT_EQ(i.run(), row.status);
-        i.expectStarted("old");
+        change(i.game / ".coldanchor-update",
+               "old=../*.exe; new=$(echo stage-*/*); backup=$(echo backup-*); " + std::string(cause));
+        EXPECT_EQ(i.run(), status);
+        i.expectStarted(status == 0 ? "new" : "old");
+        EXPECT_EQ(readFile(i.folder / "outside" / launcherName), "mine");
     }
-}
-
-TEST(Helper, InstallsWhereNoLauncherIsLeft) {
     const Installation i;
-    fs::remove(i.target);
-    EXPECT_EQ(i.run(), 0);
-    i.expectStarted("new");
+    Installation::breakProgram(i.staged);
+    EXPECT_EQ(i.run(), 17);
+    i.expectStarted("old");
     const Installation neither;
     Installation::put(neither.target, "text");
-    Installation::put(neither.staged, brokenProgram());
+    Installation::breakProgram(neither.staged);
     EXPECT_EQ(neither.run(), 18);
     EXPECT_EQ(readFile(neither.target), "text");
-}
-
-TEST(Helper, WritesThroughNoLink) {
-    const Installation i;
-    fs::remove(i.backup);
-    Installation::put(i.folder / ("outside/" + launcherName), "mine");
-    fs::create_directory_symlink(i.folder / "outside", i.backup);
-    EXPECT_EQ(i.run(), 15);
-    i.expectStarted("old");
-    EXPECT_TRUE(readFile(i.folder / ("outside/" + launcherName)) == "mine");
 }

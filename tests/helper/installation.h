@@ -6,10 +6,6 @@
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
-#include <algorithm>
-#include <gtest/gtest.h>
-#include <map>
-
 namespace ca::test {
 
 namespace fs = std::filesystem;
@@ -23,22 +19,6 @@ inline std::string standIn(const std::string& ending) {
     return readFile(builtProgram("stand_in.exe")) + ending;
 }
 
-// Looks like a program to whoever reads its first bytes, and can't be run.
-inline std::string brokenProgram() {
-    return standIn("").substr(0, programRunner().empty() ? 600 : 4096); // past what says which kind it is
-}
-
-using Contents = std::map<std::string, std::string>; // every path with its bytes; a link with where it leads
-
-inline std::string differing(const Contents& a, const Contents& b) {
-    std::map<std::string, std::string> entries;
-    std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::inserter(entries, entries.end()));
-    std::string paths;
-    for (const auto& [path, bytes] : entries)
-        paths += path + "\n";
-    return paths;
-}
-
 struct Installation {
     explicit Installation(const fs::path& place = "Größe XL", const fs::path& stagedName = launcherName,
                           const fs::path& disk = {})
@@ -46,7 +26,7 @@ struct Installation {
         put(target, standIn("old"));
         put(staged, standIn("new"));
         fs::create_directories(backup);
-        writeFile(folder / "outside/file", "mine");
+        writeFile(folder / "outside" / launcherName, "mine");
     }
     static void put(const fs::path& path, const std::string& bytes) {
         fs::permissions(writeFile(path, bytes), fs::perms::owner_all);
@@ -57,8 +37,7 @@ struct Installation {
                 "--target",   shownPath(target), "--relaunch", shownPath(target)};
     }
     std::unique_ptr<Process> begin(const std::vector<std::string>& words, std::vector<std::string> command = {}) const {
-        for (const std::string& word : programRunner())
-            command.push_back(word);
+        command.insert(command.end(), programRunner().begin(), programRunner().end());
         command.push_back(builtProgram("ColdAnchorUpdateHelper.exe"));
         command.insert(command.end(), words.begin(), words.end());
         demo::ProcessOptions options;
@@ -70,16 +49,10 @@ struct Installation {
     }
     int run() const { return run(arguments()); }
 
-    Contents contents() const {
-        Contents result;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder.path())) {
-            std::string& bytes = result[entry.path().lexically_relative(folder.path())];
-            if (entry.is_symlink())
-                bytes = fs::read_symlink(entry.path());
-            else if (entry.is_regular_file())
-                bytes = readFile(entry.path());
-        }
-        return result;
+    Contents contents() const { return contentsOf(folder.path()); }
+    // Makes a launcher one that looks like a program to whoever reads its first bytes, and can't be run.
+    static void breakProgram(const fs::path& path) {
+        put(path, standIn("").substr(0, programRunner().empty() ? 600 : 4096)); // past what says which kind it is
     }
     // What is in the launcher's place has run once, without arguments, in the installation.
     void expectStarted(const std::string& ending) const {

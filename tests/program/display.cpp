@@ -1,6 +1,7 @@
 #include "program/display.h"
 
 #include "demo/process.h"
+#include "support/programs.h"
 #include "unit/temporary_folder.h"
 
 #include <X11/Xlib.h>
@@ -10,9 +11,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace ca::test {
-
-namespace display {
+namespace ca::test::display {
 
 namespace {
 
@@ -62,6 +61,10 @@ bool findWindow() {
     return true;
 }
 
+bool waitForWindow() { // before its first frame SDL may replace it by one that suits the renderer
+    return eventually([] { return findWindow() && picture()[700] == 0x070B0E; });
+}
+
 Picture picture() {
     Picture picture(1040 * 640);
     XImage* image = XGetImage(connection, window, 0, 0, 1040, 640, AllPlanes, ZPixmap);
@@ -92,6 +95,4 @@ void requestClose() {
     XFlush(connection);
 }
 
-} // namespace display
-
-} // namespace ca::test
+} // namespace ca::test::display

@@ -1,11 +1,7 @@
 // Jobs that end badly, each by a real cause and on every road that leads to a job.
 #include "program/scenario.h"
 
-#include <gtest/gtest.h>
-
 using namespace ca::test;
-using enum ca::job::JobState;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -20,18 +16,22 @@ struct Row {
 
 void bringAbout(const Scenario& s, const std::string& cause) {
     const std::string manifest = readFile(s.channel / "manifest.json");
-    const std::string folders = "cd '" + s.folder.path().string() + "'; other='" + s.otherVolume.path().string() +
-                                "'; game=player/game; server=$game/data/update_server.txt; web=channel/stable/windows; "
-                                "key=$game/data/update_public_key.pem; maps=\"$game/maps/Größe XL\"; ";
-    EXPECT_EQ(std::system((folders + cause).c_str()), 0);
+    change(s.folder.path(),
+           "other='" + s.otherVolume.path().string() +
+               "'; game=player/game; server=$game/data/update_server.txt; key=$game/data/update_public_key.pem; "
+               "marker=$game/data/game_version; web=channel/stable/windows; list=$web/manifest.json; "
+               "linkMaps() { mkdir $game/maps && ln -s \"$other\" \"$game/maps/Größe XL\"; }; " +
+               cause);
     if (const std::string changed = readFile(s.channel / "manifest.json"); !changed.empty() && changed != manifest)
         writeFile(s.channel / "manifest.sig", ca::demo::signText(changed, s.privateKey));
 }
 
+constexpr auto Offline = ServiceUnavailable;
 const std::string mole = "maps/Größe XL/Nord mole.pak";
 const std::string backup = "game/.coldanchor-update/backup-/", stage = "game/.coldanchor-update/stage-/";
+const Paths begun{backup};
 const Paths undone{backup + "data/", stage + "data/", stage + mole};
-const Paths undoneWithBackup{backup + "data/", backup + "maps/Größe XL/", stage + "data/", stage + mole};
+const Paths undoneMove{backup + "data/", backup + "maps/Größe XL/", stage + "data/", stage + mole};
 const Paths undoneAll{backup + "data/", stage + "data/", stage + "maps/Größe XL/", "game/maps/Größe XL/"};
 
 class FailedJob : public testing::TestWithParam<Row> {};
@@ -47,7 +47,7 @@ TEST_P(FailedJob, LeavesTheInstallationAsItWas) {
         if (road != start) {
             s.makeCurrent();
             s.begin(start);
-            s.see(look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable"));
+            s.see(current());
             s.makeOld();
         }
         bringAbout(s, row.cause);
@@ -69,41 +69,32 @@ TEST_P(FailedJob, LeavesTheInstallationAsItWas) {
 INSTANTIATE_TEST_SUITE_P(
     , FailedJob,
     testing::Values(
-        Row{"NoServer", ServiceUnavailable, "rm $server", "update_server_not_configured"},
-        Row{"BlankServer", ServiceUnavailable, "printf ' \r\n\t' >$server", "update_server_not_configured"},
-        Row{"InvalidUrl", ServiceUnavailable, "echo ftp//nowhere >$server", "invalid_update_url"},
-        Row{"NobodyListens", ServiceUnavailable, "echo http://127.0.0.1:1 >$server",
+        Row{"NoServer", Offline, "rm $server", "update_server_not_configured"},
+        Row{"BlankServer", Offline, "printf ' \r\n\t' >$server", "update_server_not_configured"},
+        Row{"InvalidUrl", Offline, "echo ftp//nowhere >$server", "invalid_update_url"},
+        Row{"NobodyListens", Offline, "echo http://127.0.0.1:1 >$server",
             "winhttp_send_failed_12029 // direct:winhttp_send_failed_12029"},
-        Row{"NoManifest", ServiceUnavailable, "rm $web/manifest.json", "http_404 // direct:http_404"},
-        Row{"NoSignature", ServiceUnavailable, "rm $web/manifest.sig", "http_404 // direct:http_404"},
-        Row{"NoKey", ServiceUnavailable, "rm $key", "update_public_key_missing"},
-        Row{"OtherKey", ServiceUnavailable, "echo >>$key", "update_public_key_fingerprint_mismatch"},
-        Row{"NoHex", ServiceUnavailable, "echo 0x12 >$web/manifest.sig", "manifest_signature_invalid_hex"},
-        Row{"OtherText", ServiceUnavailable, "echo 12 >$web/manifest.sig", "manifest_signature_verify_failed"},
-        Row{"OtherChannel", ServiceUnavailable, "sed -i s/stable/beta/ $web/manifest.json",
-            "manifest_channel_or_platform_mismatch"},
-        Row{"OtherProduct", ServiceUnavailable, "sed -i s/cold-anchor/anchor/ $web/manifest.json",
-            "manifest_header_invalid"},
-        Row{"UnsafePath", ServiceUnavailable, "sed -i s,data/first,../first, $web/manifest.json",
-            "manifest_file_invalid"},
-        Row{"NoFiles", ServiceUnavailable, "sed -i s/files/file/ $web/manifest.json", "manifest_has_no_files"},
-        Row{"NotServed", Failed, "rm -r $web/files/maps", "http_404 // direct:http_404", {backup}, 1000},
-        Row{"OtherBytes",
-            Failed,
-            "sed -i y/m/x/ $web/files/maps/*/*",
-            "download_hash_mismatch:" + mole,
-            {backup},
-            4000},
+        Row{"NoManifest", Offline, "rm $list", "http_404 // direct:http_404"},
+        Row{"NoSignature", Offline, "rm $web/manifest.sig", "http_404 // direct:http_404"},
+        Row{"NoKey", Offline, "rm $key", "update_public_key_missing"},
+        Row{"OtherKey", Offline, "echo >>$key", "update_public_key_fingerprint_mismatch"},
+        Row{"NoHex", Offline, "echo 0x12 >$web/manifest.sig", "manifest_signature_invalid_hex"},
+        Row{"OtherText", Offline, "echo 12 >$web/manifest.sig", "manifest_signature_verify_failed"},
+        Row{"OtherChannel", Offline, "sed -i s/stable/beta/ $list", "manifest_channel_or_platform_mismatch"},
+        Row{"OtherProduct", Offline, "sed -i s/cold-anchor/anchor/ $list", "manifest_header_invalid"},
+        Row{"UnsafePath", Offline, "sed -i s,data/first,../first, $list", "manifest_file_invalid"},
+        Row{"NoFiles", Offline, "sed -i s/files/file/ $list", "manifest_has_no_files"},
+        Row{"NotServed", Failed, "rm -r $web/files/maps", "http_404 // direct:http_404", begun, 1000},
+        Row{"BelowAFile", Failed, "sed -i s,maps/.*pak,data/first.dat/x, $list", "download_destination_unwritable",
+            begun, 1000},
+        Row{"OtherBytes", Failed, "sed -i y/m/x/ $web/files/maps/*/*", "download_hash_mismatch:" + mole, begun, 4000},
         Row{"WorkFolder", Failed, "touch $game/.coldanchor-update", "update_workdir_failed"},
         Row{"Folder", Failed, "touch $game/maps", "update_destination_failed:" + mole, undone, 4000},
-        Row{"Backup", Failed, "mkdir $game/maps; ln -s \"$other\" \"$maps\"; touch \"$maps/Nord mole.pak\"",
-            "update_backup_failed:" + mole, undoneWithBackup, 4000},
-        Row{"Install", Failed, "mkdir $game/maps; ln -s \"$other\" \"$maps\"", "update_install_failed:" + mole, undone,
+        Row{"Backup", Failed, "linkMaps; touch \"$other/Nord mole.pak\"", "update_backup_failed:" + mole, undoneMove,
             4000},
-        Row{"Marker", Failed, "rm $game/data/game_version; mkdir $game/data/game_version",
-            "version_marker_write_failed", undoneAll, 4000},
-        Row{"OnePathTwice", Failed, "sed -i 's,data/intact.dat,data/first.dat,' $web/manifest.json",
-            "update_duplicate_path:data/first.dat"}),
+        Row{"Install", Failed, "linkMaps", "update_install_failed:" + mole, undone, 4000},
+        Row{"Marker", Failed, "rm $marker; mkdir $marker", "version_marker_write_failed", undoneAll, 4000},
+        Row{"OnePathTwice", Failed, "sed -i s,data/intact,data/first, $list", "update_duplicate_path:data/first.dat"}),
     [](const auto& row) { return row.param.name; });
 
 // The files are well and only the marker is behind, but can't be written.

@@ -2,17 +2,13 @@
 
 #include "launcher/screen.h"
 
-#include <algorithm>
 #include <csignal>
-#include <cstring>
-#include <gtest/gtest.h>
-#include <sstream>
 
 const std::string_view ca::launcher::launcherVersion = PROGRAM_TEST_VERSION;
 
-namespace ca::test {
+using namespace std::string_literals;
 
-namespace fs = std::filesystem;
+namespace ca::test {
 
 namespace {
 
@@ -20,12 +16,9 @@ constexpr const char* localNotes = "FIXED\n- The fog lifts in the morning.";
 
 // The screen's own drawing is held to its table elsewhere; here it says what the window must show.
 Picture draw(const fs::path& installation, const job::SharedSnapshot& look) {
-    static SDL_Surface* const surface = SDL_CreateSurface(1040, 640, SDL_PIXELFORMAT_XRGB8888);
-    static SDL_Renderer* const renderer = SDL_CreateSoftwareRenderer(surface);
-    launcher::drawScreen(renderer, installation, look, localNotes);
-    Picture picture(1040 * 640);
-    std::memcpy(picture.data(), surface->pixels, 4 * picture.size()); // without gaps between the rows
-    return picture;
+    static const Canvas& canvas = *new Canvas;
+    launcher::drawScreen(canvas.renderer, installation, look, localNotes);
+    return canvas.picture();
 }
 
 } // namespace
@@ -33,9 +26,19 @@ Picture draw(const fs::path& installation, const job::SharedSnapshot& look) {
 job::SharedSnapshot look(job::JobState state, const std::string& status, const std::string& detail,
                          const std::string& latest) {
     job::SharedSnapshot look{state, status, detail, latest, nullptr};
-    look.busy = state == job::JobState::Checking || state == job::JobState::Updating;
-    look.progressTotal = state == job::JobState::Updating ? 1 : 0;
+    look.busy = state == Checking || state == Updating;
+    look.progressTotal = state == Updating ? 1 : 0;
     return look;
+}
+
+job::SharedSnapshot current() {
+    return look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable");
+}
+
+job::SharedSnapshot updated() {
+    auto ready = look(Ready, "READY TO PLAY", "INSTALLED VERSION 1.4.2");
+    ready.progressDone = ready.progressTotal = 1;
+    return ready;
 }
 
 Scenario::Scenario() {
@@ -67,10 +70,6 @@ void Scenario::makeCurrent() const {
     writeFile(data / "game_version", release.version + "\n");
 }
 
-void Scenario::publish() const {
-    demo::publish(tree, folder / "channel", release, privateKey);
-}
-
 void Scenario::serve(const std::string& directives) {
     server.reset();
     server = std::make_unique<demo::Nginx>(folder / "nginx", demo::NginxOptions{folder / "channel", 0, directives});
@@ -85,28 +84,22 @@ void Scenario::begin(Road road) {
     demo::ProcessOptions options;
     options.workingFolder = home;
     options.output = folder / "output";
-    options.environment = {"DISPLAY=" + display::name(),
-                           "LOCALAPPDATA=" + home + "/player/local",
-                           "HOME=" + home,
-                           "XDG_RUNTIME_DIR=" + home,
-                           "SDL_RENDER_DRIVER=software",
-                           "SDL_FRAMEBUFFER_ACCELERATION=0", // no OpenGL behind it
-                           "LC_ALL=C.UTF-8",
-                           "http_proxy="};
+    for (const std::string& value : {"DISPLAY=" + display::name(), "LOCALAPPDATA=" + home + "/player/local",
+                                     "HOME=" + home, "XDG_RUNTIME_DIR=" + home, "LC_ALL=C.UTF-8"s, "http_proxy="s,
+                                     "SDL_RENDER_DRIVER=software"s, "SDL_FRAMEBUFFER_ACCELERATION=0"s}) // no OpenGL
+        options.environment.push_back(value);
     std::vector<std::string> command = wrapper;
     command.insert(command.end(), programRunner().begin(), programRunner().end());
     command.push_back(installation / "ColdAnchorLauncher.exe");
     launcher = std::make_unique<demo::Process>(command, options);
-    // Before the first frame SDL may replace the window by one that suits the renderer.
-    EXPECT_TRUE(eventually([] { return display::findWindow() && display::picture()[700] == 0x070B0E; }))
-        << readFile(folder / "output");
+    EXPECT_TRUE(display::waitForWindow()) << readFile(folder / "output");
 }
 
-void Scenario::see(const job::SharedSnapshot& look) {
+void Scenario::see(const job::SharedSnapshot& look) const {
     const bool shown = eventually([&] {
         Picture seen = display::picture();
         const Picture expected = draw(installation, look); // each time: the marker's version is part of it
-        for (std::size_t at = 322 * 1040; look.jobState == job::JobState::Updating && at < 352 * 1040; ++at)
+        for (std::size_t at = 322 * 1040; look.jobState == Updating && at < 352 * 1040; ++at)
             if (at % 1040 >= 720)
                 seen[at] = expected[at];
         return seen == expected;
@@ -158,8 +151,8 @@ void Scenario::play(const std::string& key) {
     fs::remove(report);
 }
 
-std::map<std::string, std::string> Scenario::contents() const {
-    std::map<std::string, std::string> files;
+Contents Scenario::contents() const {
+    Contents files;
     const auto options = fs::directory_options::follow_directory_symlink;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(player, options)) {
         std::string name = entry.path().lexically_relative(player).string();
@@ -171,17 +164,6 @@ std::map<std::string, std::string> Scenario::contents() const {
             files[name + "/"] = {};
     }
     return files;
-}
-
-Paths Scenario::changes() const {
-    const auto now = contents();
-    std::map<std::string, std::string> differing;
-    std::set_symmetric_difference(before.begin(), before.end(), now.begin(), now.end(),
-                                  std::inserter(differing, differing.end()));
-    Paths paths;
-    for (const auto& [path, content] : differing)
-        paths.push_back(path);
-    return paths;
 }
 
 Paths Scenario::requests() const {

@@ -9,23 +9,29 @@
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
-#include <map>
+#include <gtest/gtest.h>
 
 namespace ca::test {
 
-using Paths = std::vector<std::string>;
+namespace fs = std::filesystem;
+using enum job::JobState;
 
-// The ways to a job.
-enum Road { start, refresh, repair };
+enum Road { start, refresh, repair }; // the ways to a job
+
+// A record with these fields, and the rest as at first.
+job::SharedSnapshot look(job::JobState state, const std::string& status, const std::string& detail,
+                         const std::string& latest = "1.4.2");
+job::SharedSnapshot current(); // a check has found nothing to do
+job::SharedSnapshot updated(); // an update has come to its end
 
 struct Scenario {
     // The channel offers data/first.dat, which differs in the installation, data/intact.dat, which doesn't, and
     // maps/Größe XL/Nord mole.pak, which the installation lacks.
     Scenario();
 
-    void makeOld() const;                           // puts the installation into that state
-    void makeCurrent() const;                       // makes it equal to what the channel offers
-    void publish() const;                           // signs `tree`
+    void makeOld() const;     // puts the installation into that state
+    void makeCurrent() const; // makes it equal to what the channel offers
+    void publish() const { demo::publish(tree, folder / "channel", release, privateKey); }
     void serve(const std::string& directives = {}); // by a new server in place of the old one
 
     void holdServer(bool held) const; // no byte and no answer while it is held
@@ -33,7 +39,7 @@ struct Scenario {
     void clickMain() const { display::click(850, 550); }
 
     // Each waits for what it expects, and fails the test if that doesn't come.
-    void see(const job::SharedSnapshot& look);       // the whole window; the bar may stand anywhere while updating
+    void see(const job::SharedSnapshot& look) const; // the whole window; the bar may stand anywhere while updating
     void tryInputs(const job::SharedSnapshot& busy); // all that a job ignores, while the server is held
     void close();                                    // by the window: the launcher ends at once
     void play(const std::string& key = {});          // by a click on PLAY or a key: the launcher ends, one game goes on
@@ -41,30 +47,26 @@ struct Scenario {
     void remember() { before = contents(); } // as a start does
     // What differs since then in the player's folders: files, also where only their times do, and empty folders with a
     // slash behind. Names in the work folder are without their digits.
-    Paths changes() const;
+    Paths changes() const { return differing(before, contents()); }
     Paths requests() const; // what the server was asked for, in order
 
     TemporaryFolder folder;
     TemporaryFolder otherVolume{"/dev/shm"};
-    std::filesystem::path player = folder / "player";
-    std::filesystem::path installation = player / "game";
-    std::filesystem::path data = installation / "data";
-    std::filesystem::path tree = folder / "tree";
-    std::filesystem::path channel = folder / "channel/stable/windows";
-    std::filesystem::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
+    fs::path player = folder / "player";
+    fs::path installation = player / "game";
+    fs::path data = installation / "data";
+    fs::path tree = folder / "tree";
+    fs::path channel = folder / "channel/stable/windows";
+    fs::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
     demo::Release release;
     std::unique_ptr<demo::Nginx> server;
     std::vector<std::string> wrapper; // what the launcher is started through
     std::unique_ptr<demo::Process> launcher;
-    std::map<std::string, std::string> before;
+    Contents before;
 
 private:
     void expectEnd() const;
-    std::map<std::string, std::string> contents() const;
+    Contents contents() const;
 };
-
-// A record with these fields, and the rest as at first.
-job::SharedSnapshot look(job::JobState state, const std::string& status, const std::string& detail,
-                         const std::string& latest = "1.4.2");
 
 } // namespace ca::test

@@ -1,23 +1,9 @@
 #include "program/scenario.h"
 
-#include <gtest/gtest.h>
-
 using namespace ca::test;
-using enum ca::job::JobState;
-namespace fs = std::filesystem;
-
-namespace {
 
 // Slow enough to look at: two seconds or more for the file of 3,000 bytes.
-constexpr const char* slowServer = "location ~ /files/ { limit_rate 1k; }";
-
-ca::job::SharedSnapshot updated() {
-    auto ready = look(Ready, "READY TO PLAY", "INSTALLED VERSION 1.4.2");
-    ready.progressDone = ready.progressTotal = 1;
-    return ready;
-}
-
-} // namespace
+static constexpr const char* slowServer = "location ~ /files/ { limit_rate 1k; }";
 
 TEST(Update, BringsAnInstallationUpToDateOnce) {
     Scenario s;
@@ -33,15 +19,15 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     for (const char* file : {"ColdAnchor.exe", "data/first.dat", "maps/Größe XL/Nord mole.pak"})
         EXPECT_EQ(readFile(s.installation / file), readFile(s.tree / file)) << file;
     EXPECT_EQ(readFile(s.data / "game_version"), "1.4.2\n");
+    const std::string backup = "game/.coldanchor-update/backup-/";
     EXPECT_EQ(s.changes(),
-              (Paths{"game/.coldanchor-update/backup-/ColdAnchor.exe", "game/.coldanchor-update/backup-/data/first.dat",
-                     "game/ColdAnchor.exe", "game/data/first.dat", "game/data/game_version",
-                     "game/maps/Größe XL/Nord mole.pak"}));
+              (Paths{backup + "ColdAnchor.exe", backup + "data/first.dat", "game/ColdAnchor.exe", "game/data/first.dat",
+                     "game/data/game_version", "game/maps/Größe XL/Nord mole.pak"}));
     s.close();
 
     const auto lastWrite = fs::last_write_time(s.installation);
     s.begin(start);
-    ready.detailText = "VERSION 1.4.2 // stable";
+    ready.detailText = current().detailText;
     ready.progressTotal = 0;
     s.see(ready);
     EXPECT_EQ(s.changes(), Paths());
@@ -73,41 +59,38 @@ TEST(Update, ShowsItsStepsAndTakesNoInput) {
 }
 
 TEST(Update, IsRequiredWhereTheChannelSaysSo) {
-    struct Row {
-        bool mandatory;
-        const char* minimum;
-        bool required;
-    };
-    for (const Row& row : {Row{true, "", true}, Row{false, "1.4.1.1", true}, Row{false, "1.4.1", false}}) {
-        SCOPED_TRACE(row.minimum);
+    using Row = std::tuple<bool, const char*, bool>;
+    for (const auto& [mandatory, minimum, required] :
+         {Row(true, "", true), Row(false, "1.4.1.1", true), Row(false, "1.4.1", false)}) {
+        SCOPED_TRACE(minimum);
         Scenario s;
-        s.release.mandatory = row.mandatory;
-        s.release.minimumOnlineVersion = row.minimum;
+        s.release.mandatory = mandatory;
+        s.release.minimumOnlineVersion = minimum;
         s.publish();
         fs::rename(s.channel / "files/data/first.dat", s.folder / "elsewhere");
         s.begin(start);
         auto expected = look(Failed, "UPDATE FAILED - TRY AGAIN", "http_404 // direct:http_404");
-        expected.updateRequired = row.required;
+        expected.updateRequired = required;
         expected.progressTotal = 4000;
         s.see(expected);
-        if (row.required)
+        if (required)
             s.clickMain();
 
         fs::remove(s.data / "update_server.txt"); // a check that fails changes nothing of that
         s.begin(refresh);
         expected = look(ServiceUnavailable, "UPDATE SERVICE UNAVAILABLE",
                         "update_server_not_configured // ONLINE LOGIN STILL REQUIRED");
-        expected.updateRequired = row.required;
+        expected.updateRequired = required;
         expected.updateAvailable = true;
         s.see(expected);
-        if (row.required)
+        if (required)
             display::press("Return");
 
         fs::rename(s.folder / "elsewhere", s.channel / "files/data/first.dat");
         s.serve(slowServer);
         s.begin(repair);
         expected = look(Updating, "REPAIRING GAME FILES...", "2 FILES REQUIRE UPDATE");
-        expected.updateRequired = row.required;
+        expected.updateRequired = required;
         s.tryInputs(expected);
         s.see(updated());
         s.play();

@@ -1,8 +1,13 @@
 // The programs under test: those of this build, or of the Windows build, which run here through a runner.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,17 +26,41 @@ bool eventually(Condition condition) {
     return true;
 }
 
-// The folder of the build under test: what PROGRAM_TEST_BUILD says, or this one.
-const std::filesystem::path& testedBuild();
+// Has the shell change what lies in `folder`; each command has to succeed.
+inline void change(const std::filesystem::path& folder, const std::string& commands) {
+    EXPECT_EQ(std::system(("set -e; cd '" + folder.string() + "'; " + commands).c_str()), 0) << commands;
+}
+
+inline std::string setting(const char* name, const char* standard = "") {
+    const char* value = std::getenv(name);
+    return value ? value : standard;
+}
+
+// The folder of the build under test: what the environment's PROGRAM_TEST_BUILD says, or this one.
+inline std::filesystem::path testedBuild() {
+    return setting("PROGRAM_TEST_BUILD", PROGRAM_TEST_BUILD);
+}
 
 inline std::filesystem::path builtProgram(const std::string& name) {
     return testedBuild() / "bin" / name;
 }
 
 // What stands before a program's path to run it: the words of PROGRAM_TEST_RUNNER; nothing for the host's programs.
-const std::vector<std::string>& programRunner();
+inline const std::vector<std::string>& programRunner() {
+    static const std::vector<std::string> runner = [] {
+        std::istringstream words(setting("PROGRAM_TEST_RUNNER"));
+        return std::vector<std::string>{std::istream_iterator<std::string>(words), {}};
+    }();
+    return runner;
+}
 
 // A path as the programs under test name it: behind a runner the host's files are drive Z.
-std::string shownPath(const std::filesystem::path& path);
+inline std::string shownPath(const std::filesystem::path& path) {
+    std::string text = path.string();
+    if (programRunner().empty())
+        return text;
+    std::replace(text.begin(), text.end(), '/', '\\');
+    return "Z:" + text;
+}
 
 } // namespace ca::test
