@@ -1,8 +1,6 @@
 #include "program/scenario.h"
 #include "update/updater.h"
 
-#include <gtest/gtest.h>
-
 using namespace ca::test;
 
 // Any one byte of the manifest or of the signature changed on its way.
@@ -20,9 +18,9 @@ TEST(Tampering, IsRefusedAtEveryByte) {
         EXPECT_EQ(plan.manifest.files.size(), believed ? 3U : 0U);
         return believed ? "" : error;
     };
+    const std::string manifest = readFile(s.channel / "manifest.json");
     const std::string signature = readFile(s.channel / "manifest.sig").substr(0, 768);
-    for (const auto& [name, text] :
-         {std::pair("manifest.json", readFile(s.channel / "manifest.json")), std::pair("manifest.sig", signature)}) {
+    for (const auto& [name, text] : {std::pair("manifest.json", manifest), std::pair("manifest.sig", signature)}) {
         for (std::size_t at = 0; at < text.size(); ++at) {
             std::string changed = text;
             changed[at] ^= 1; // another digit or none, and never the same one in a capital
@@ -31,10 +29,18 @@ TEST(Tampering, IsRefusedAtEveryByte) {
         EXPECT_EQ(verdict(name, text), "");
     }
     std::string capitals = signature;
-    for (char& digit : capitals)
-        digit = static_cast<char>(std::toupper(digit));
-    EXPECT_EQ(verdict("manifest.sig", capitals), "");
-    EXPECT_EQ(verdict("manifest.sig", signature + " \t\r\n"), "");
-    EXPECT_EQ(verdict("manifest.sig", " " + signature), "manifest_signature_invalid_hex");
+    std::transform(capitals.begin(), capitals.end(), capitals.begin(), [](char c) { return std::toupper(c); });
+    const char* const noHex = "manifest_signature_invalid_hex";
+    const char* const wrong = "manifest_signature_verify_failed";
+    using Row = std::pair<std::string, const char*>;
+    for (const auto& [text, result] :
+         {Row(capitals, ""), Row(signature + " \t\r\n", ""), Row(" " + signature, noHex),
+          Row(signature.substr(1), noHex), Row("", noHex), Row("0x" + signature, noHex),
+          Row(std::string(768, 'g'), noHex), Row(signature.substr(2), wrong), Row(signature + "00", wrong),
+          Row("00", wrong), Row(std::string(768, 'f'), wrong)})
+        EXPECT_EQ(verdict("manifest.sig", text), result) << text;
+    writeFile(s.channel / "manifest.sig", signature);
+    for (const std::string& text : {manifest + "\n", manifest.substr(1)})
+        EXPECT_EQ(verdict("manifest.json", text), wrong);
     EXPECT_EQ(s.changes(), Paths());
 }

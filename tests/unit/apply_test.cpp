@@ -106,19 +106,6 @@ TEST_F(Apply, HasNothingToDoOrMayNot) {
     EXPECT_EQ(apply(nullptr), "installed");
 }
 
-TEST_F(Apply, StopsAtTheFirstDownloadThatFails) {
-    add("x", "new x");
-    add("y", "new y");
-    add("z", "new z");
-    fs::remove(files / "y");
-    expectFailure("http_404 // direct:http_404", false);
-    plan.files[1].file = plan.files[0].file;
-    plan.files[1].file.path = "x/under a file"; // the stage folder holds the file x
-    expectFailure("download_destination_unwritable", false);
-    EXPECT_TRUE(contentsOf(workFolder("backup-")).empty());
-    EXPECT_EQ(readFile(server.accessLog()).find("/z "), std::string::npos);
-}
-
 // Something else, such as a scanner, takes a staged file away or stands in the way of a backup.
 TEST_F(Apply, RollsBackFilesAndFolders) {
     add("x", "new x");

@@ -15,14 +15,12 @@ const std::string_view ca::update::keyFingerprint(pinned, 64);
 
 namespace {
 
-const std::filesystem::path data = TEST_DATA;
-
 void pinKey(const std::filesystem::path& keyFile) {
     std::memcpy(pinned, sha256File(keyFile).data(), 64);
 }
 
 // "valid", or the token.
-std::string verdict(std::string_view manifest, std::string_view signature, const std::filesystem::path& key) {
+std::string verdict(const std::string& manifest, const std::string& signature, const std::filesystem::path& key) {
     std::string error;
     return verifyManifestSignature(manifest, signature, key, error) ? "valid" : error;
 }
@@ -45,45 +43,22 @@ std::string pem(const std::string& derHex) {
 
 } // namespace
 
-class Signature : public testing::Test {
-protected:
-    const std::string manifest = readFile(TEST_MANIFEST);
-    const std::string signature = readFile(data / "manifest.sig").substr(0, 512);
-    const std::filesystem::path key = data / "key.pem";
+TEST(Signature, NeedsThePinnedKeyFile) {
     const TemporaryFolder folder;
-};
-
-TEST_F(Signature, HoldsForTheExactBytesAlone) {
+    const auto key = writeFile(folder / "key.pem", "a key");
     pinKey(key);
-    EXPECT_EQ(verdict(manifest, signature, key), "valid");
-    std::string capitals = signature;
-    std::transform(capitals.begin(), capitals.end(), capitals.begin(), [](char c) { return c < 'a' ? c : c & ~32; });
-    EXPECT_EQ(verdict(manifest, capitals, key), "valid");
-    for (const std::string& other : {manifest + "\n", manifest.substr(1), std::string()})
-        EXPECT_EQ(verdict(other, signature, key), "manifest_signature_verify_failed");
-    for (const std::string& other : {signature.substr(2), signature + "00", std::string("00"), std::string(512, 'f')})
-        EXPECT_EQ(verdict(manifest, other, key), "manifest_signature_verify_failed");
-    for (const std::string& other : {std::string(), signature.substr(1), " " + signature.substr(1), signature + "\n ",
-                                     "0x" + signature, std::string(512, 'g')})
-        EXPECT_EQ(verdict(manifest, other, key), "manifest_signature_invalid_hex");
-}
-
-TEST_F(Signature, NeedsThePinnedKeyFile) {
-    pinKey(key);
-    EXPECT_EQ(verdict(manifest, signature, folder / "none.pem"), "update_public_key_missing");
-    EXPECT_EQ(verdict(manifest, signature, writeFile(folder / "empty.pem", "")), "update_public_key_missing");
-    EXPECT_EQ(verdict(manifest, "not looked at", writeFile(folder / "crlf.pem", readFile(key) + "\r\n")),
+    EXPECT_EQ(verdict("{}", "not looked at", folder / "none.pem"), "update_public_key_missing");
+    EXPECT_EQ(verdict("{}", "not looked at", writeFile(folder / "empty.pem", "")), "update_public_key_missing");
+    EXPECT_EQ(verdict("{}", "not looked at", writeFile(folder / "crlf.pem", "a key\r\n")),
               "update_public_key_fingerprint_mismatch");
-    const auto pkcs1 = data / "pkcs1.pem"; // the same key, without the algorithm around it
-    pinKey(pkcs1);
-    EXPECT_EQ(verdict(manifest, signature, pkcs1), "public_key_parse_failed");
 }
 
-TEST_F(Signature, RefusesAKeyThatIsMalformedAtAnyLevel) {
+TEST(Signature, RefusesAKeyThatIsMalformedAtAnyLevel) {
+    const TemporaryFolder folder;
     const auto verdictOf = [&](const std::string& keyText) {
         const auto file = writeFile(folder / "key.pem", keyText);
         pinKey(file);
-        return verdict(manifest, signature, file);
+        return verdict("{}", "00", file);
     };
     const std::string tiny = "300d300003090030060201c5020103"; // well-formed, but of 8 bits
     // With its short length, with a length of eight bytes, with bytes behind it.
@@ -97,15 +72,17 @@ TEST_F(Signature, RefusesAKeyThatIsMalformedAtAnyLevel) {
         {1, "80"}, {6, "01"}};                                              // a length of no bytes, an unused bit
     for (const auto& [byte, digits] : changes)
         EXPECT_EQ(verdictOf(pem(std::string(tiny).replace(2 * byte, 2, digits))), "public_key_parse_failed") << byte;
-    // Cut off, lengths of nine and of too many bytes, an empty BIT STRING, no modulus, no exponent.
-    for (const char* der : {"", "30", "308900000000000000000d300003090030060201c5020103",
+    // Cut off, no algorithm around it, lengths of nine and of too many bytes, an empty BIT STRING, no modulus, no
+    // exponent.
+    for (const char* der : {"", "30", "30060201c5020103", "308900000000000000000d300003090030060201c5020103",
                             "3088ffffffffffffffff300003090030060201c5020103", "300430000300",
                             "300c3000030800300502000201030000", "300a300003060030030201c5"})
         EXPECT_EQ(verdictOf(pem(der)), "public_key_parse_failed") << der;
     EXPECT_EQ(verdictOf("no PEM at all"), "public_key_parse_failed");
 }
 
-TEST_F(Signature, AgreesWithThePublishedVectors) {
+TEST(Signature, AgreesWithThePublishedVectors) {
+    const TemporaryFolder folder;
     const auto rows = publishedRows("wycheproof_rsa_pkcs1_sha256.tsv");
     if (rows.empty())
         GTEST_SKIP() << "no published vectors in " << SHARED_VECTORS;
