@@ -66,7 +66,7 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
 
 TEST(Documentation, LeadsFromNothingToALiveChannelInTenCommands) {
     std::istringstream page(readFile(fs::path(SOURCE_FOLDER) / "docs/publishing.md"));
-    std::string script = "set -euo pipefail\ntrap 'kill %1' EXIT\n";
+    std::string script = "set -euo pipefail\ntrap 'kill %1; wait' EXIT\n";
     int count = 0;
     bool inside = false;
     for (std::string line; std::getline(page, line) && line != "## What players see";) {
