@@ -6,8 +6,8 @@ using namespace ca::test;
 
 namespace {
 
-std::string failed(const char* step) {
-    return step + (" " + std::to_string(::GetLastError()));
+std::string failed(const std::string& step) {
+    return step + " " + std::to_string(::GetLastError());
 }
 
 std::string readBody(HINTERNET request) {

@@ -19,7 +19,6 @@ read -r status <answer && rm answer && exit "$status"
 
 struct LimitedPlayer : Machine {
     LimitedPlayer() {
-        put("next/" + launcherName, installation / launcherName);
         fs::permissions(writeFile(folder / "bin/pkexec", promptScript), fs::perms(0755));
         fs::create_directory(prompt);
         fs::permissions(prompt, fs::perms(0777));
@@ -85,7 +84,6 @@ void expectElevated(const Machine& s) {
 
 TEST(Elevation, IsFoundOutByAFileThatVanishes) {
     Machine s;
-    s.put("next/" + launcherName, s.installation / launcherName);
     const Watch watch(s.installation);
     s.begin(start);
     s.see(updated());
@@ -143,7 +141,6 @@ TEST(Elevation, GoesThroughWindows) {
     if (programRunner().empty())
         GTEST_SKIP() << "the prompt is the host's own";
     Machine s;
-    s.put("next/" + launcherName, s.installation / launcherName);
     s.serve(slowManifest); // time enough to make the folder writable
     const char* const folder = s.installation.c_str();
     if (::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0)

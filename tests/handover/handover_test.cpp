@@ -6,6 +6,7 @@ namespace {
 
 struct HandOver : Machine {
     HandOver() {
+        put(launcherName, installation / launcherName);
         put("next/" + launcherName, tree / launcherName);
         put(helperName, tree / helperName);
         publish();
@@ -82,7 +83,6 @@ TEST(HandOver, ReplacesTheLauncherFromASubFolder) {
 TEST(HandOver, NeedsAHelper) {
     Machine s;
     s.put(launcherName, s.tree / launcherName);
-    s.put("next/" + launcherName, s.installation / launcherName);
     s.publish();
     s.begin(start);
     auto failed = look(Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");

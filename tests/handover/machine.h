@@ -13,6 +13,7 @@ inline const std::string helperName = "ColdAnchorUpdateHelper.exe";
 inline constexpr const char* slowManifest = "location ~ json$ { limit_rate 800; }"; // a second or more
 
 struct Machine : Scenario {
+    Machine() { put("next/" + launcherName, installation / launcherName); }
     ~Machine() {
         for (const pid_t id : launchers())
             ::kill(id, SIGKILL);
@@ -43,11 +44,8 @@ struct Machine : Scenario {
     }
 
     void expectCurrent() const {
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(tree))
-            if (entry.is_regular_file()) {
-                const fs::path path = entry.path().lexically_relative(tree);
-                EXPECT_TRUE(readFile(entry.path()) == readFile(installation / path)) << path;
-            }
+        for (const auto& [path, bytes] : contentsOf(tree))
+            EXPECT_TRUE(path.ends_with('/') || readFile(installation / path) == bytes) << path;
         EXPECT_EQ(readFile(data / "game_version"), "1.4.2\n");
     }
 

@@ -10,7 +10,6 @@ namespace {
 struct Player : Machine {
     Player() {
         makeCurrent();
-        put("next/" + launcherName, installation / launcherName);
         writeFile(installation / "save/profile_v07.sav", "ashore");
         fs::create_directory(player / "a ö");
         fs::permissions(player / "a ö", fs::perms(0777));

@@ -20,10 +20,9 @@ TEST(Architecture, FoldersIncludeOneWay) {
     };
     int sources = 0;
     for (const fs::directory_entry& file : fs::recursive_directory_iterator(fs::path(SOURCE_FOLDER) / "src")) {
-        const std::string extension = file.path().extension().string();
-        if (extension != ".h" && extension != ".cpp")
-            continue;
         const std::string folder = file.path().parent_path().filename().string();
+        if (file.path().extension() != ".h" && file.path().extension() != ".cpp")
+            continue;
         ASSERT_TRUE(allowed.contains(folder)) << file.path();
         ++sources;
         std::istringstream text(ca::test::readFile(file.path()));
