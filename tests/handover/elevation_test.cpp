@@ -38,6 +38,9 @@ struct LimitedPlayer : Machine {
     // Runs what is asked for as the administrator would be made to, on the prompt's own streams.
     std::unique_ptr<ca::demo::Process> grant() const {
         std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software", "SDL_FRAMEBUFFER_ACCELERATION=0"};
+        for (const char* name : {"LD_PRELOAD", "ASAN_OPTIONS"}) // what a sanitized build is started with
+            if (const char* value = std::getenv(name))
+                command.push_back(name + std::string("=") + value);
         command.insert(command.end(), {"sh", "-c", "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"});
         EXPECT_TRUE(eventually([this] { return fs::exists(prompt / "asked"); })); // the window says so before
         std::istringstream asked(readFile(prompt / "asked"));
