@@ -140,13 +140,19 @@ BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
         return failOnPath(errno, *source);
     }
     const int out =
-        ::open(target->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | (failIfExists ? O_EXCL : 0), status.st_mode);
+        ::open(target->c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : 0), status.st_mode);
     if (out < 0) {
         const int number = errno;
         ::close(in);
         return number == EEXIST ? fail(ERROR_FILE_EXISTS) : failOnPath(number, *target);
     }
-    const bool copied = copyBytes(in, out);
+    struct stat existing {};
+    if (::fstat(out, &existing) == 0 && existing.st_dev == status.st_dev && existing.st_ino == status.st_ino) {
+        ::close(in);
+        ::close(out);
+        return fail(ERROR_SHARING_VIOLATION);
+    }
+    const bool copied = ::ftruncate(out, 0) == 0 && copyBytes(in, out);
     const int number = errno;
     ::close(in);
     ::close(out);

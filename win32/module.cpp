@@ -63,6 +63,16 @@ DWORD GetCurrentProcessId() {
     return static_cast<DWORD>(::getpid());
 }
 
+BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
+    const std::optional<std::string> key = name == nullptr ? std::nullopt : toUtf8(name);
+    const std::optional<std::string> text = toUtf8(value == nullptr ? L"" : value);
+    if (!key || !text) {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    const int result = value == nullptr ? ::unsetenv(key->c_str()) : ::setenv(key->c_str(), text->c_str(), 1);
+    return result == 0 ? TRUE : fail(errorFromErrno(errno));
+}
+
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size) {
     const std::optional<std::string> key = name == nullptr ? std::nullopt : toUtf8(name);
     const char* value = key ? std::getenv(key->c_str()) : nullptr;

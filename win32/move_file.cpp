@@ -45,18 +45,29 @@ int moveFile(const std::string& from, const std::string& to, bool replace) {
     return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-int flushFolderOf(const std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) {
-        return errno;
+// The folder that `path` lies in, opened before anything changes: what can't be opened afterwards can't be flushed, and
+// a rename that has happened must not look like one that failed.
+class ParentFolder {
+public:
+    explicit ParentFolder(const std::string& path) {
+        const std::size_t slash = path.find_last_of('/');
+        const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+        descriptor_ = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     }
-    // EINVAL: a file system that has nothing to flush for a folder.
-    const int result = ::fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
-    ::close(descriptor);
-    return result;
-}
+    ~ParentFolder() {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+    }
+    ParentFolder(const ParentFolder&) = delete;
+    ParentFolder& operator=(const ParentFolder&) = delete;
+
+    // An errno, or 0. EINVAL: a file system that has nothing to flush for a folder.
+    int flush() const { return descriptor_ < 0 || ::fsync(descriptor_) == 0 || errno == EINVAL ? 0 : errno; }
+
+private:
+    int descriptor_ = -1;
+};
 
 } // namespace
 
@@ -69,15 +80,16 @@ BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
     if (!source || !target) {
         return FALSE;
     }
+    const ParentFolder targetFolder(*target);
+    const ParentFolder sourceFolder(*source);
     const int moved = moveFile(*source, *target, (flags & MOVEFILE_REPLACE_EXISTING) != 0);
     if (moved != 0) {
         // ENOENT is the source's, or else of a folder above the target.
         return moved == ENOENT && exists(*source) ? fail(ERROR_PATH_NOT_FOUND) : failOnPath(moved, *source);
     }
     if ((flags & MOVEFILE_WRITE_THROUGH) != 0) {
-        for (const std::string& path : {*target, *source}) {
-            const int flushed = flushFolderOf(path);
-            if (flushed != 0) {
+        for (const ParentFolder* folder : {&targetFolder, &sourceFolder}) {
+            if (const int flushed = folder->flush(); flushed != 0) {
                 return fail(errorFromErrno(flushed));
             }
         }

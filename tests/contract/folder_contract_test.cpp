@@ -26,6 +26,7 @@ TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
           Row("copy nothing", copy("no", "x", FALSE), ERROR_FILE_NOT_FOUND),
           Row("copy nowhere", copy("a", "no/x", FALSE), ERROR_PATH_NOT_FOUND), Row("link", link("link", "a"), 0),
           Row("link again", link("link", "a"), ERROR_ALREADY_EXISTS),
+          Row("copy over the other name", copy("a", "link", FALSE), ERROR_SHARING_VIOLATION),
           Row("link nothing", link("x", "no"), ERROR_FILE_NOT_FOUND), Row("make", make("new"), 0),
           Row("make again", make("new"), ERROR_ALREADY_EXISTS),
           Row("make below nothing", make("no/x"), ERROR_PATH_NOT_FOUND),

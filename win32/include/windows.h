@@ -130,6 +130,10 @@ DWORD GetCurrentProcessId();
 // thread changes the environment.
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 
+// Sets a variable for this process and those that it starts; null removes it. Must not run beside another thread that
+// uses the environment.
+BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);
+
 // --- Files ---
 
 inline constexpr DWORD GENERIC_READ = 0x80000000U;
@@ -182,7 +186,8 @@ inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
 // Renames a file or folder within one file system, in one step: whoever looks sees the old name or the new one. Without
 // MOVEFILE_REPLACE_EXISTING an existing target refuses with ERROR_ALREADY_EXISTS; with it a file takes the place of a
 // file, and a folder on either side refuses with ERROR_ACCESS_DENIED. MOVEFILE_WRITE_THROUGH returns after both
-// folders have reached the disk. Another file system is ERROR_NOT_SAME_DEVICE: MOVEFILE_COPY_ALLOWED and all other
+// folders have reached the disk, as far as this process may open them; a disk that fails at that is reported, though
+// the new name stands. Another file system is ERROR_NOT_SAME_DEVICE: MOVEFILE_COPY_ALLOWED and all other
 // flags are refused with ERROR_INVALID_PARAMETER.
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 
@@ -294,7 +299,8 @@ BOOL DeleteFileW(LPCWSTR path);
 // A second name for a file on the same volume. ERROR_ALREADY_EXISTS when `link` is taken.
 BOOL CreateHardLinkW(LPCWSTR link, LPCWSTR existing, LPSECURITY_ATTRIBUTES security);
 
-// The file's bytes and permissions. A copy that fails half-way is removed.
+// The file's bytes and permissions. A copy that fails half-way is removed. A second name of the source as the target
+// refuses with ERROR_SHARING_VIOLATION.
 BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists);
 
 // `path` without "." and "..", from the working folder on if it is relative; the disk isn't asked. The length without
