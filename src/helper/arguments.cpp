@@ -48,8 +48,8 @@ std::wstring withoutLimit(const std::wstring& path) {
 
 // Splits "<folder><separator>.coldanchor-update<separator>stage-<stamp><separator>...".
 bool readStage(Arguments& arguments, wchar_t separator) {
-    const std::wstring work = arguments.folder + separator + std::wstring(workFolderName);
-    const std::wstring start = work + separator + std::wstring(stagePrefix);
+    arguments.work = arguments.folder + separator + std::wstring(workFolderName);
+    const std::wstring start = arguments.work + separator + std::wstring(stagePrefix);
     if (!arguments.staged.starts_with(start))
         return false;
     const std::size_t end = arguments.staged.find(separator, start.size());
@@ -59,10 +59,13 @@ bool readStage(Arguments& arguments, wchar_t separator) {
     if (stamp.empty() || stamp.find_first_not_of(L"0123456789") != std::wstring::npos)
         return false;
     arguments.stage = arguments.staged.substr(0, end);
-    arguments.backup = work + separator + L"backup-" + stamp;
-    if (isLink(work))
+    arguments.backup = arguments.work + separator + L"backup-" + stamp;
+    for (std::wstring* path : {&arguments.work, &arguments.staged, &arguments.stage, &arguments.backup})
+        *path = withoutLimit(*path);
+    if (isLink(arguments.work))
         return false;
-    for (std::size_t at = end; at != std::wstring::npos; at = arguments.staged.find(separator, at + 1))
+    for (std::size_t at = arguments.stage.size(); at != std::wstring::npos;
+         at = arguments.staged.find(separator, at + 1))
         if (isLink(arguments.staged.substr(0, at)))
             return false;
     return !isLink(arguments.staged);
@@ -87,11 +90,7 @@ ExitStatus readArguments(Arguments& arguments) {
     if (separator != L'\\' && separator != L'/')
         return exitBadTarget;
     arguments.folder = arguments.target.substr(0, nameBegins - 1);
-    if (!readStage(arguments, separator))
-        return exitBadStage;
-    for (std::wstring* path : {&arguments.staged, &arguments.stage, &arguments.backup})
-        *path = withoutLimit(*path);
-    return exitReplaced;
+    return readStage(arguments, separator) ? exitReplaced : exitBadStage;
 }
 
 } // namespace ca::helper

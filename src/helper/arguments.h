@@ -16,13 +16,14 @@ struct Arguments {
     std::wstring staged; // the new launcher
     std::wstring target; // the launcher's place in the installation
     std::wstring folder; // the installation
+    std::wstring work;   // "<folder>\.coldanchor-update"
     std::wstring stage;  // the stage folder that `staged` lies in: "<folder>\.coldanchor-update\stage-<stamp>"
     std::wstring backup; // where the old launcher is kept: "<folder>\.coldanchor-update\backup-<stamp>"
 };
 
 // Reads this process's command line. exitReplaced means that `arguments` is complete and may be carried out; anything
 // else says what is wrong with it. Changes nothing, but asks whether a link stands on the way to `staged`; that it is
-// missing isn't wrong here.
+// missing isn't wrong here. May be called again, to find a link that has been put there since.
 ExitStatus readArguments(Arguments& arguments);
 
 } // namespace ca::helper

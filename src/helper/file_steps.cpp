@@ -11,6 +11,7 @@ namespace {
 
 // A scanner is done with a launcher long before.
 constexpr install::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longestPause = 2000};
+constexpr install::RetryTimes tidyingTimes{.limit = 2 * 1000, .firstPause = 50, .longestPause = 500};
 
 } // namespace
 
@@ -34,10 +35,26 @@ bool keepAside(const std::wstring& target, const std::wstring& folder, const std
     ::CreateDirectoryW(folder.c_str(), nullptr); // mostly there already; a failure shows in the next step
     if (isLink(folder))
         return false;
-    ::DeleteFileW(copy.c_str()); // mostly absent
+    // What is left there may be a second name of the target itself, which a copy would overwrite with itself.
+    if (!isMissing(copy) && !install::withRetries(times, [&] { return ::DeleteFileW(copy.c_str()) != 0; }))
+        return false;
     return install::withRetries(times, [&] {
         return ::CreateHardLinkW(copy.c_str(), target.c_str(), nullptr) ||
-               ::CopyFileW(target.c_str(), copy.c_str(), FALSE);
+               (::CopyFileW(target.c_str(), copy.c_str(), TRUE) && flushToDisk(copy));
+    });
+}
+
+bool flushToDisk(const std::wstring& file) {
+    return install::withRetries(times, [&] {
+        const HANDLE handle = ::CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle == INVALID_HANDLE_VALUE)
+            return false;
+        const bool flushed = ::FlushFileBuffers(handle) != 0;
+        const DWORD error = ::GetLastError();
+        ::CloseHandle(handle);
+        ::SetLastError(error);
+        return flushed;
     });
 }
 
@@ -76,12 +93,13 @@ void removeFolder(const std::wstring& folder) {
                 if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
                     removeFolder(inside + entry.cFileName);
                 else
-                    ::DeleteFileW((inside + entry.cFileName).c_str());
+                    install::withRetries(tidyingTimes,
+                                         [&] { return ::DeleteFileW((inside + entry.cFileName).c_str()) != 0; });
             } while (::FindNextFileW(search, &entry));
             ::FindClose(search);
         }
     }
-    ::RemoveDirectoryW(folder.c_str());
+    install::withRetries(tidyingTimes, [&] { return ::RemoveDirectoryW(folder.c_str()) != 0; });
 }
 
 } // namespace ca::helper

@@ -1,6 +1,6 @@
-// The helper's steps on the disk. Each is one operation of the system, tried again for up to 30 seconds when its
-// failure is one that passes: a scanner or an indexer that has just opened the file. They block for that long; one
-// thread.
+// The helper's steps on the disk. Each operation of the system that changes something is tried again for up to 30
+// seconds when its failure is one that passes: a scanner or an indexer that has just opened the file. A step blocks for
+// that long at the most for each of its operations; one thread. Paths are full ones.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace ca::helper {
 
 // Whether the path itself is a link to somewhere else; a link on the way would let the helper write or delete outside
-// the installation.
+// the installation. False also for what is missing, and when the system doesn't tell.
 bool isLink(const std::wstring& path);
 
 // Whether nothing stands there. False also when the system doesn't tell.
@@ -19,8 +19,11 @@ bool isProgram(const std::wstring& file);
 
 // Makes the old launcher available under a second name, so that replacing the first can't lose it. By a hard link, or
 // by a copy where the volume knows no links. Makes `folder`, which may not be a link, and replaces an
-// older file there.
+// older file there. `name` is the second name below `folder`, with its separator in front.
 bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name);
+
+// Brings the file's bytes to the disk, so that a power cut after a rename can't leave a name without them.
+bool flushToDisk(const std::wstring& file);
 
 // Renames `from` over `to`, on one volume: the name `to` means the old file or the new one at every moment.
 bool moveOver(const std::wstring& from, const std::wstring& to);
@@ -28,8 +31,8 @@ bool moveOver(const std::wstring& from, const std::wstring& to);
 // Starts a program of the installation, in its folder, without arguments.
 bool start(const std::wstring& program, const std::wstring& folder);
 
-// Deletes the folder (a full path) with all that it holds. A link in it is deleted itself and never followed. What
-// can't be deleted stays.
+// Deletes the folder with all that it holds, each trying for two seconds. A link in it is deleted itself and never
+// followed. What can't be deleted stays.
 void removeFolder(const std::wstring& folder);
 
 } // namespace ca::helper

@@ -4,6 +4,7 @@
 #include "helper/arguments.h"
 #include "helper/file_steps.h"
 #include "helper/wait.h"
+#include "install/paths.h"
 
 using namespace ca::helper;
 
@@ -15,12 +16,10 @@ ExitStatus replaceLauncher(const Arguments& arguments) {
     // A player may have renamed the launcher that is running: then its place is empty.
     if (!isMissing(arguments.target) && !keepAside(arguments.target, arguments.backup, name))
         return exitNotKept;
-    if (!moveOver(arguments.staged, arguments.target))
+    if (!flushToDisk(arguments.staged) || !moveOver(arguments.staged, arguments.target))
         return exitNotReplaced;
-    if (start(arguments.target, arguments.folder)) {
-        removeFolder(arguments.stage);
+    if (start(arguments.target, arguments.folder))
         return exitReplaced;
-    }
     return moveOver(old, arguments.target) ? exitNewDoesNotStart : exitNothingStarts;
 }
 
@@ -32,9 +31,17 @@ int main() {
         return status;
     if (!waitForEnd(arguments.processId, longestWait))
         return exitLauncherStillRuns;
-    const ExitStatus status = isProgram(arguments.staged) ? replaceLauncher(arguments) : exitNotAProgram;
-    if (status == exitReplaced)
+    // Whoever may write here has had the time to put a link in.
+    if (const ExitStatus status = readArguments(arguments); status != exitReplaced)
         return status;
-    // Whatever went wrong, the target is a whole launcher: the player gets it back.
-    return start(arguments.target, arguments.folder) ? status : exitNothingStarts;
+    ExitStatus status = isProgram(arguments.staged) ? replaceLauncher(arguments) : exitNotAProgram;
+    if (status != exitReplaced) {
+        // Whatever went wrong, the target is a whole launcher: the player gets it back.
+        ::SetEnvironmentVariableW(ca::install::selfUpdateFailedVariable, L"1");
+        if (!start(arguments.target, arguments.folder))
+            status = exitNothingStarts;
+    }
+    if (!isLink(arguments.work))
+        removeFolder(arguments.stage); // also after a failure: nothing of it is ever used again
+    return status;
 }

@@ -13,6 +13,10 @@ inline constexpr std::string_view helperFileName = "ColdAnchorUpdateHelper.exe";
 inline constexpr std::string_view gameFileName = "ColdAnchor.exe";
 inline constexpr std::string_view workFolderName = ".coldanchor-update";
 
+// An environment variable that the update helper sets for a launcher that it starts again, because the new one couldn't
+// take its place. Such a launcher doesn't hand over once more, or the two would start each other without end.
+inline constexpr const wchar_t* selfUpdateFailedVariable = L"COLDANCHOR_SELF_UPDATE_FAILED";
+
 // The folder of the running executable, whatever the working directory is. Falls back to the working directory when the
 // system can't name the executable or the name has 32,768 characters or more. Any thread.
 std::filesystem::path executableDir();

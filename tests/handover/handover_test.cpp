@@ -37,6 +37,13 @@ struct HandOver : Machine {
     }
 };
 
+ca::job::SharedSnapshot notHandedOver() {
+    auto failed = look(Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");
+    failed.updateAvailable = true;
+    failed.progressDone = failed.progressTotal = 1;
+    return failed;
+}
+
 } // namespace
 
 TEST(HandOver, EndsInTheNextLauncher) {
@@ -85,12 +92,23 @@ TEST(HandOver, NeedsAHelper) {
     s.put(launcherName, s.tree / launcherName);
     s.publish();
     s.begin(start);
-    auto failed = look(Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");
-    failed.updateAvailable = true;
-    failed.progressDone = failed.progressTotal = 1;
-    s.see(failed);
+    s.see(notHandedOver());
     s.begin(refresh);
     EXPECT_TRUE(eventually([&] { return s.requests().size() == 8; })); // twice the manifest, and once the other files
-    s.see(failed);
+    s.see(notHandedOver());
+    s.play();
+}
+
+TEST(HandOver, ReturnsToTheOldLauncherOnce) {
+    Machine s; // whose channel offers what looks like a launcher and can't be run
+    s.put("next/" + launcherName, s.installation / launcherName);
+    s.put(helperName, s.installation / helperName);
+    writeFile(s.tree / launcherName,
+              readFile(s.installation / launcherName).substr(0, programRunner().empty() ? 600 : 4096));
+    s.publish();
+    s.begin(start);
+    s.waitForSuccessor();
+    s.see(notHandedOver());
+    EXPECT_EQ(s.requests().size(), 8U);
     s.play();
 }

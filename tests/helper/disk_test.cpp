@@ -9,7 +9,7 @@
 using namespace ca::test;
 
 static std::vector<std::string> underStrace(const fs::path& output, const std::string& injection) {
-    const char* const seen = "trace=%file,write,exit_group"; // of the helper on the disk
+    const char* const seen = "trace=%file,write,fsync,exit_group"; // of the helper on the disk
     return {"strace", "-qq", "-o", output, "-e", "signal=none", "-e", seen, "-e", "inject=" + injection};
 }
 
@@ -17,7 +17,7 @@ TEST(HelperCalls, RetryWhatPassesAndNothingElse) {
     using Row = std::tuple<const char*, int, bool>;
     for (const auto& [injection, status, tidy] :
          {Row("link:error=EPERM", 0, true), // a volume without hard links: a copy is kept
-          Row("rename:error=EBUSY:when=1..2", 0, true), Row("rename:error=EROFS", 16, false),
+          Row("rename:error=EBUSY:when=1..2", 0, true), Row("rename:error=EROFS", 16, true),
           Row("unlink,rmdir:error=EACCES", 0, false)}) {
         SCOPED_TRACE(injection);
         const Installation i;
