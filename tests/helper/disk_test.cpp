@@ -46,6 +46,10 @@ TEST(HelperCalls, KeepAWholeLauncherWhereverItIsKilled) {
                 moments.push_back(call + ":signal=KILL:when=" + std::to_string(counts[call]));
         }
     }
+    const auto first = [&](const char* call) {
+        return std::find_if(moments.begin(), moments.end(), [&](auto& moment) { return moment.starts_with(call); });
+    };
+    EXPECT_LT(first("fsync"), first("rename")); // no name without its bytes
     std::map<std::string, int> outcomes;
     for (const std::string& moment : moments) {
         SCOPED_TRACE(moment);

@@ -15,24 +15,34 @@ TEST(HelperWait, EndsWithTheProcessOrAtItsLimit) {
     EXPECT_TRUE(ca::helper::waitForEnd(static_cast<DWORD>(younger.id()), 600'000));
 }
 
-TEST(HelperWait, TouchesNothingBefore) {
-    const Installation i;
-    Process launcher({"sleep", "600"});
-    auto words = i.arguments();
-    words[1] = std::to_string(launcher.id());
-    const auto before = i.contents();
-    const auto helper = i.begin(words);
-    const fs::path open = "/proc/" + std::to_string(helper->id()) + "/fd";
-    EXPECT_TRUE(eventually([&] {
-        std::error_code ignored;
-        for (const fs::directory_entry& entry : fs::directory_iterator(open, ignored))
-            if (fs::read_symlink(entry.path(), ignored) == "anon_inode:[pidfd]")
-                return true;
-        return false;
-    }));
-    EXPECT_EQ(differing(i.contents(), before), Paths());
-    EXPECT_FALSE(helper->wait(std::chrono::milliseconds(0)));
-    launcher.stop();
-    EXPECT_EQ(helper->wait(std::chrono::seconds(20)), 0);
-    i.expectStarted("new");
+TEST(HelperWait, TouchesNothingBeforeNorThroughALinkPutThereMeanwhile) {
+    for (const bool linked : {false, true}) {
+        const Installation i;
+        Process launcher({"sleep", "600"});
+        auto words = i.arguments();
+        words[1] = std::to_string(launcher.id());
+        const auto before = i.contents();
+        const auto helper = i.begin(words);
+        const fs::path open = "/proc/" + std::to_string(helper->id()) + "/fd";
+        EXPECT_TRUE(eventually([&] {
+            std::error_code ignored;
+            for (const fs::directory_entry& entry : fs::directory_iterator(open, ignored))
+                if (fs::read_symlink(entry.path(), ignored) == "anon_inode:[pidfd]")
+                    return true;
+            return false;
+        }));
+        EXPECT_EQ(differing(i.contents(), before), Paths());
+        EXPECT_FALSE(helper->wait(std::chrono::milliseconds(0)));
+        if (linked) {
+            fs::rename(i.game / ".coldanchor-update", i.folder / "outside/work");
+            fs::create_directory_symlink(i.folder / "outside/work", i.game / ".coldanchor-update");
+        }
+        const auto changed = i.contents();
+        launcher.stop();
+        EXPECT_EQ(helper->wait(std::chrono::seconds(20)), linked ? 12 : 0);
+        if (linked)
+            EXPECT_EQ(differing(i.contents(), changed), Paths());
+        else
+            i.expectStarted("new");
+    }
 }
