@@ -11,7 +11,8 @@ struct Row {
     std::string cause; // shell commands; a changed manifest is signed anew
     std::string detail;
     Paths changes = {};
-    std::uint64_t progress = 0; // of 4,000 bytes
+    std::uint64_t progress = 0;  // of 4,000 bytes
+    std::string directives = {}; // of the server
 };
 
 void bringAbout(const Scenario& s, const std::string& cause) {
@@ -50,6 +51,8 @@ TEST_P(FailedJob, LeavesTheInstallationAsItWas) {
             s.see(current());
             s.makeOld();
         }
+        if (!row.directives.empty())
+            s.serve(row.directives);
         bringAbout(s, row.cause);
         s.remember();
         s.begin(road);
@@ -84,6 +87,15 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"OtherProduct", Offline, "sed -i s/cold-anchor/anchor/ $list", "manifest_header_invalid"},
         Row{"UnsafePath", Offline, "sed -i s,data/first,../first, $list", "manifest_file_invalid"},
         Row{"NoFiles", Offline, "sed -i s/files/file/ $list", "manifest_has_no_files"},
+        Row{"NoAnswer",
+            Offline,
+            ":",
+            "winhttp_receive_failed_12152 // direct:winhttp_receive_failed_12152",
+            {},
+            0,
+            "location ~ json$ { return 444; }"},
+        Row{"OtherCoding", Failed, ":", "winhttp_read_failed", begun, 1000,
+            "location ~ /maps/ { add_header Content-Encoding gzip; }"},
         Row{"NotServed", Failed, "rm -r $web/files/maps", "http_404 // direct:http_404", begun, 1000},
         Row{"BelowAFile", Failed, "sed -i s,maps/.*pak,data/first.dat/x, $list", "download_destination_unwritable",
             begun, 1000},

@@ -1,4 +1,5 @@
 #include "demo/nginx.h"
+#include "net/download.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
 #include "update/updater.h"
@@ -137,6 +138,13 @@ TEST_F(Apply, HoldsTheLauncherBack) {
     fs::remove_all(install / ".coldanchor-update");
     EXPECT_EQ(apply(nullptr), "installed"); // nobody asked for it: skipped, and gone with the stage folder
     EXPECT_TRUE(workFolder("stage-").empty());
+}
+
+TEST_F(Apply, TellsThatABodyCannotBeStored) {
+    add("x", "new x");
+    std::string error;
+    EXPECT_FALSE(ca::net::downloadToFile(server.url() + "/stable/windows/files/x", "/dev/full", {}, error));
+    EXPECT_EQ(error, "download_write_failed");
 }
 
 TEST_F(Apply, TakesAPathOnce) {
