@@ -27,8 +27,8 @@ static void downloadForever(INTERNET_PORT port) {
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.at(0) == "leave") {
-        [[maybe_unused]] static const auto& neverJoined =
-            *new std::thread(downloadForever, static_cast<INTERNET_PORT>(std::stoi(arguments.at(1))));
+        [[maybe_unused]] static std::thread* volatile neverJoined = // kept, so that nothing leaks
+            new std::thread(downloadForever, static_cast<INTERNET_PORT>(std::stoi(arguments.at(1))));
         const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(std::stoi(arguments.at(2)));
         while (std::chrono::steady_clock::now() < end) {
         }
