@@ -63,6 +63,10 @@ ChannelFolder::ChannelFolder(const fs::path& root, const std::string& channel)
     fs::create_directories(root.parent_path(), ignored);
     for (const fs::path& folder : {root_, releases_.parent_path(), releases_, link_.parent_path()})
         makeFolder(folder);
+    if (!fs::is_directory(fs::symlink_status(link_.parent_path())))
+        throw Failure(link_.parent_path().string() +
+                      " is no folder but a link or a file, and the live release couldn't be "
+                      "reached through it: put a folder in its place");
     lock_ = Descriptor(::open(releases_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lock_)
         failWithReason("can't open " + releases_.string());

@@ -65,6 +65,10 @@ std::string componentRefusal(std::string_view component) {
     return {};
 }
 
+bool isSameOrBelow(const std::wstring& path, const std::wstring& place) {
+    return path == place || path.starts_with(place + L'/');
+}
+
 // Files and folders of an installation that belong to the player or to the launcher.
 std::string ownershipRefusal(std::string_view path) {
     const std::wstring folded = foldedPath(path);
@@ -75,10 +79,16 @@ std::string ownershipRefusal(std::string_view path) {
         return "lies where the launcher works: take it out of the tree";
     if (folded == L"DATA")
         return "stands where the folder data must be: rename it";
-    if (folded == L"DATA/UPDATE_PUBLIC_KEY.PEM")
+    if (isSameOrBelow(folded, L"DATA/UPDATE_PUBLIC_KEY.PEM"))
         return "is the key that launchers trust, which no release replaces: take it out of the tree";
-    if (folded == L"DATA/GAME_VERSION" || folded.starts_with(L"DATA/GAME_VERSION/"))
+    if (isSameOrBelow(folded, L"DATA/GAME_VERSION"))
         return "is the version marker, which the launcher writes itself: take it out of the tree";
+    for (const wchar_t* file :
+         {L"DATA/UPDATE_SERVER.TXT", L"COLDANCHOR.EXE", L"COLDANCHORLAUNCHER.EXE", L"COLDANCHORUPDATEHELPER.EXE"})
+        if (folded != file && isSameOrBelow(folded, file))
+            return "lies below the name of a file that installations have: rename the folder";
+    if (folded.substr(folded.rfind(L'/') + 1) == L"UPDATE_PRIVATE_KEY.PEM")
+        return "has the name of a private key, which nobody else may have: take it out of the tree";
     const std::wstring launcher = foldedPath(install::launcherFileName);
     if (path != install::launcherFileName && folded.substr(folded.rfind(L'/') + 1) == launcher)
         return "has the launcher's name, which only the launcher at the top of the tree may have, in this spelling: "

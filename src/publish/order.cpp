@@ -1,5 +1,6 @@
 #include "publish/order.h"
 
+#include "install/version_marker.h"
 #include "publish/channel_folder.h"
 #include "publish/name_rules.h"
 #include "update/version.h"
@@ -63,6 +64,10 @@ std::vector<std::string> refusalsOf(const ReleaseOrder& order) {
     if (fs::is_directory(order.tree) && isWithin(order.root, order.tree))
         problems.push_back("the channel root " + order.root.string() +
                            " lies in the tree, and would be released with it: choose another place");
+    for (const fs::path& place : {order.tree, order.root})
+        if (fs::is_directory(place) && isWithin(order.privateKey, place))
+            problems.push_back("the private key " + order.privateKey.string() + " lies in " + place.string() +
+                               ", which everybody gets to see: move it elsewhere");
     return problems;
 }
 
@@ -71,6 +76,10 @@ std::vector<std::string> warningsAbout(const ReleaseOrder& order) {
     struct stat status {};
     if (::stat(order.privateKey.c_str(), &status) == 0 && (status.st_mode & 077) != 0)
         warnings.push_back(order.privateKey.string() + " can be read by other users: chmod 600 it");
+    if (update::compareVersions(order.version, install::builtInVersion) < 0)
+        warnings.push_back(
+            "version " + order.version + " is older than " + std::string(install::builtInVersion) +
+            ", which launchers assume where an installation has no data/game_version: those won't update");
     if (!order.notes.empty() && order.notes.size() < shortestShownNotes)
         warnings.push_back("the notes have fewer than 80 bytes: launchers show their own notes file instead");
     const auto isHidden = [](unsigned char c) { return c >= 0x7F || (c < 0x20 && (c < 9 || c > 13)); };

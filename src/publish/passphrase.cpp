@@ -11,6 +11,8 @@ namespace ca::publish {
 
 namespace {
 
+constexpr std::size_t longestPassphrase = 1024; // what OpenSSL takes when it reads a key
+
 // The controlling terminal without echo, whatever the program's streams are; as before when the object ends.
 class SilentTerminal {
 public:
@@ -48,6 +50,8 @@ private:
 std::string required(std::string passphrase, const std::string& source) {
     if (passphrase.empty())
         throw Failure("the passphrase from " + source + " is empty");
+    if (passphrase.size() > longestPassphrase)
+        throw Failure("the passphrase from " + source + " is longer than 1024 bytes");
     return passphrase;
 }
 

@@ -97,6 +97,20 @@ bool makeLink(const fs::path& source, const fs::path& target) {
     return ::linkat(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), 0) == 0;
 }
 
+// Whether the tree's own file may stand in a release: a web server has to read it, and a cache knows a changed file by
+// its later time.
+bool mayStand(const fs::path& source, const fs::path& older) {
+    struct stat now {};
+    struct stat before {};
+    return ::lstat(source.c_str(), &now) == 0 && (now.st_mode & 0444) == 0444 &&
+           (older.empty() || ::lstat(older.c_str(), &before) != 0 || now.st_mtime > before.st_mtime);
+}
+
+bool isSameFile(const fs::path& a, const fs::path& b) {
+    std::error_code none;
+    return fs::equivalent(a, b, none);
+}
+
 void makeFolders(const Tree& tree, const fs::path& target) {
     std::set<fs::path> folders{target};
     for (const TreeFile& file : tree.files)
@@ -141,12 +155,15 @@ PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path&
         file.executable = isProgram(file.path);
         const fs::path from = tree.folder / file.path;
         const fs::path to = target / file.path;
-        if (!older.empty() && worker.compare(from, older / file.path, file) && makeLink(older / file.path, to)) {
+        const fs::path before = older.empty() ? older : older / file.path;
+        // A file that the tree shares with an older release changes with the tree: only who asks for links gets more.
+        if (!before.empty() && (linked || !isSameFile(from, before)) && worker.compare(from, before, file) &&
+            makeLink(before, to)) {
             ++shared;
             return;
         }
         file.size = 0;
-        if (linked && makeLink(from, to))
+        if (linked && mayStand(from, before) && makeLink(from, to))
             worker.read(to, file);
         else
             worker.copy(from, to, file);

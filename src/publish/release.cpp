@@ -4,12 +4,14 @@
 #include "publish/descriptor.h"
 #include "publish/failure.h"
 #include "publish/manifest_text.h"
+#include "publish/name_rules.h"
 #include "publish/place_files.h"
 #include "publish/proof.h"
 #include "publish/tree.h"
 #include "update/version.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ca::publish {
 
@@ -26,10 +28,27 @@ std::string joined(const Lines& lines) {
     return text;
 }
 
-// What the release is to replace. Both refusals are there to be overruled, by someone who means it.
-void judgeLive(const ReleaseOrder& order, const fs::path& live, const fs::path& key, Lines& problems) {
+// Launchers remove nothing, so a folder can't take the place of a file that players have.
+void judgeFolders(const Tree& tree, const update::UpdateManifest& older, Lines& problems) {
+    std::set<std::wstring> files;
+    for (const update::ManifestFile& file : older.files)
+        files.insert(foldedPath(file.path));
+    for (const TreeFile& file : tree.files) {
+        const std::wstring path = foldedPath(file.path);
+        for (std::size_t end = path.find(L'/'); end != std::wstring::npos; end = path.find(L'/', end + 1))
+            if (files.contains(path.substr(0, end)))
+                problems.push_back(file.path + " needs a folder where players of " + older.version +
+                                   " have a file, which launchers never remove: name the folder otherwise");
+    }
+}
+
+// What the release is to replace. Both other refusals are there to be overruled, by someone who means it.
+void judgeLive(const ReleaseOrder& order, const Tree& tree, const fs::path& live, const fs::path& key,
+               Lines& problems) {
     if (live.empty())
         return;
+    if (!fs::exists(live / manifestName))
+        throw Failure("the live release " + live.string() + " holds no manifest: remove the link that leads to it");
     update::UpdateManifest manifest;
     std::string error;
     if (!order.allowNewKey && !readRelease(live, key, manifest, error))
@@ -38,6 +57,7 @@ void judgeLive(const ReleaseOrder& order, const fs::path& live, const fs::path& 
             "): launchers that believe that one would refuse the new release; --new-key if that is meant");
     else if (std::string text = readWhole(live / manifestName); !update::parseManifest(text, manifest, error))
         problems.push_back(live.string() + " holds no manifest that can be read (" + error + "): move it away");
+    judgeFolders(tree, manifest, problems);
     if (!order.allowOlder && update::compareVersions(order.version, manifest.version) <= 0)
         problems.push_back("version " + order.version + " isn't newer than the live " + manifest.version +
                            ", and launchers install no older one; --allow-older if that is meant");
@@ -74,7 +94,7 @@ ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& pas
     if (derived)
         writeNewFile(publicKey = stage / publicKeyName, key.publicText(), 0644);
     const fs::path live = channel.live();
-    judgeLive(order, live, publicKey, problems);
+    judgeLive(order, tree, live, publicKey, problems);
     if (!problems.empty())
         throw Failure(joined(problems));
     for (const Lines& warnings : {warningsAbout(order), tree.warnings})
@@ -94,7 +114,11 @@ ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& pas
     if (derived)
         fs::remove(publicKey);
     result.folder = channel.publish(order.version);
-    result.removed = channel.keepOnly(order.keep);
+    try {
+        result.removed = channel.keepOnly(order.keep);
+    } catch (const Failure& failure) {
+        warn(std::string("the release is live, but an older one couldn't be removed: ") + failure.what());
+    }
     return result;
 }
 

@@ -186,4 +186,40 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     studio.order.root = studio.folder / "elsewhere";
     fs::create_directories(studio.order.root / "stable/windows");
     EXPECT_NE(studio.release().find("isn't a link"), std::string::npos);
+    fs::rename(studio.order.root / "stable", studio.folder / "stable");
+    fs::create_directory_symlink(studio.folder / "stable", studio.order.root / "stable");
+    EXPECT_NE(studio.release().find("is no folder but a link"), std::string::npos);
+    studio.order.root = other.path(); // where the private key lies
+    EXPECT_NE(studio.release().find("which everybody gets to see"), std::string::npos);
+}
+
+TEST(Release, CanBeInstalledAfterTheOneBefore) {
+    Studio studio;
+    studio.put("maps", "a file");
+    ASSERT_EQ(studio.release(), "released");
+    fs::remove(studio.tree / "maps");
+    studio.put("Maps/north.pak", "a folder");
+    studio.order.version = "1.5";
+    EXPECT_NE(studio.release().find("Maps/north.pak needs a folder where players of 1.4.2 have a file"),
+              std::string::npos);
+}
+
+TEST(Release, SharesNoFileWithTheTreeUnlessAskedTo) {
+    Studio studio;
+    studio.order.linked = true;
+    const fs::path first = studio.tree / "data/first.dat";
+    const auto time = fs::last_write_time(first);
+    ASSERT_EQ(studio.release(), "released");
+    fs::remove(first);
+    studio.put("data/first.dat", "other"); // as long and as old: a cache couldn't tell
+    fs::last_write_time(first, time);
+    studio.order.version = "1.5";
+    ASSERT_EQ(studio.release(), "released");
+    EXPECT_NE(fs::last_write_time(studio.live / "files/data/first.dat"), time);
+    EXPECT_TRUE(fs::equivalent(studio.live / "files/ColdAnchor.exe", studio.tree / "ColdAnchor.exe"));
+    studio.order.linked = false;
+    studio.order.version = "1.6";
+    ASSERT_EQ(studio.release(), "released");
+    std::ofstream(studio.tree / "ColdAnchor.exe") << "changed in place";
+    EXPECT_TRUE(studio.check().good());
 }

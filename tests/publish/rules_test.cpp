@@ -29,7 +29,9 @@ TEST(Names, AreRefusedWhereWindowsOrAnAddressWouldRefuseThem) {
         {"short form", {"SAVEGA~1/x", "A~12.TXT"}},
         {"player", {"save", "save/x", "Save/x", "USERDATA/x"}},
         {"launcher works", {".ColdAnchor-Update/x", ".coldanchor-write-test-1.tmp"}},
-        {"key that launchers trust", {"data/Update_Public_Key.pem"}},
+        {"key that launchers trust", {"data/Update_Public_Key.pem", "data/update_public_key.pem/x"}},
+        {"private key", {"update_private_key.pem", "a/Update_Private_Key.PEM"}},
+        {"file that installations have", {"coldanchor.exe/x", "data/update_server.txt/x"}},
         {"marker", {"Data/game_version"}},
         {"folder data", {"DATA"}},
         {"launcher's name", {"tools/ColdAnchorLauncher.exe", "coldanchorlauncher.EXE"}}};
