@@ -35,9 +35,11 @@ std::string startServer() {
     if (!connection)
         throw std::runtime_error("Xvfb doesn't answer");
     XSetErrorHandler([](_XDisplay*, XErrorEvent*) { return 0; }); // a window may go at any time
-    if (!programRunner().empty()) // whose desktop may still be that of an earlier test's server, which is gone
-        demo::Process({programRunner()[0], "--stop"}, {.environment = {"DISPLAY=" + number}})
-            .wait(std::chrono::seconds(60));
+    if (!programRunner().empty()) { // whose desktop may still be that of an earlier test's server, which is gone
+        options = {};
+        options.environment = {"DISPLAY=" + number};
+        demo::Process({programRunner()[0], "--stop"}, options).wait(std::chrono::seconds(60));
+    }
     return number;
 }
 
