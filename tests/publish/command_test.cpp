@@ -2,8 +2,13 @@
 #include "publish/keys.h"
 #include "publish/studio.h"
 
+#include <csignal>
 #include <nlohmann/json.hpp>
+#include <poll.h>
+#include <pty.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 using namespace ca::test;
@@ -62,6 +67,43 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
     EXPECT_EQ(s.run({"check", "channel", "--json"}), 0);
     const nlohmann::json result = nlohmann::json::parse(s.output);
     EXPECT_TRUE(result["good"] && result["files"] == 4 && result["problems"].empty() && result["advice"].size() == 1);
+}
+
+TEST(Commands, GiveTheTerminalItsEchoBackHoweverAQuestionEnds) {
+    const Studio s;
+    std::string session = "set -m; trap : INT\n"; // a shell that is in charge of its jobs
+    for (const char* line : {"keys new keys", "keys new keys", "keys new keys", "keys fingerprint keys/*public*"})
+        (session += "coldanchor-publish ") += std::string(line) + "\necho end $?\n";
+    writeFile(s.folder / "session", session.insert(session.rfind("coldanchor"), "fg\necho end $?\n"));
+    const std::string path = builtProgram("").string() + ":" + std::getenv("PATH");
+    int terminal = -1;
+    const pid_t shell = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (shell == 0) {
+        ::setenv("PATH", path.c_str(), 1);
+        if (::chdir(s.folder.path().c_str()) == 0)
+            ::execlp("bash", "bash", "session", nullptr);
+        ::_exit(127);
+    }
+    const std::string question = "New passphrase", word = "harbour\n", ended = "end ";
+    std::string seen;
+    const auto await = [&](const std::string& text) {
+        pollfd source{terminal, POLLIN, 0};
+        char c = 0;
+        for (seen.clear(); !seen.ends_with(text) && ::poll(&source, 1, 20'000) == 1 && ::read(terminal, &c, 1) == 1;)
+            seen += c;
+        termios state{};
+        const bool echoes = ::tcgetattr(terminal, &state) == 0 && (state.c_lflag & ECHO) != 0;
+        return seen.ends_with(text) && echoes == text.starts_with(ended) && seen.find("harbour") == seen.npos;
+    };
+    const auto type = [&](std::string_view keys) { return ::write(terminal, keys.data(), keys.size()) > 0; };
+    ASSERT_TRUE(await(question) && type("\x03") && await(ended + "130")) << seen;
+    const pid_t job = await(question) ? ::tcgetpgrp(terminal) : 0;
+    ASSERT_TRUE(job > 1 && ::kill(job, SIGTERM) == 0 && await(ended + "143")) << seen;
+    ASSERT_TRUE(await(question) && type(word) && await("Once more") && type("\x1a") && await(ended + "148")) << seen;
+    ASSERT_TRUE(await(question) && type(word) && await("Once more") && type(word) && await(ended + "0")) << seen;
+    EXPECT_TRUE(await(ended + "0")) << seen;
+    ::close(terminal);
+    EXPECT_EQ(::waitpid(shell, nullptr, 0), shell);
 }
 
 TEST(Documentation, LeadsFromNothingToALiveChannelInTenCommands) {
