@@ -72,7 +72,7 @@ private:
         const update::UpdateManifest& m = result_.manifest;
         if (m.channel != order_.channel || m.platform != platformName)
             problem(manifestName, "is refused by launchers, which look for the channel " + order_.channel + " on " +
-                                      platformName + ": it is of " + shown(m.channel) + " on " + shown(m.platform));
+                                      platformName + ": it is of " + m.channel + " on " + m.platform);
         return true;
     }
 
@@ -83,11 +83,11 @@ private:
         std::set<std::wstring> names;
         for (const update::ManifestFile& file : m.files) {
             if (const std::string refusal = refusalOf(file.path); !refusal.empty())
-                problem(shown(file.path), refusal);
+                problem(file.path, refusal);
             if (!names.insert(foldedPath(file.path)).second)
-                problem(shown(file.path), "stands in the manifest twice, as far as Windows is concerned");
+                problem(file.path, "stands in the manifest twice, as far as Windows is concerned");
             if (file.sha256.find_first_not_of("0123456789abcdef") != std::string::npos)
-                problem(shown(file.path), "has a digest with others than lower-case digits, which matches no file");
+                problem(file.path, "has a digest with others than lower-case digits, which matches no file");
         }
     }
 
@@ -110,11 +110,11 @@ private:
 
     static void compare(const update::ManifestFile& file, Arrival& arrival) {
         if (arrival.good && arrival.size != file.size)
-            arrival.notes.push_back({true, shown(file.path),
+            arrival.notes.push_back({true, file.path,
                                      "has " + std::to_string(arrival.size) + " bytes where the manifest says " +
                                          std::to_string(file.size)});
         else if (arrival.good && arrival.sha256 != file.sha256)
-            arrival.notes.push_back({true, shown(file.path), "hasn't the digest that the manifest says"});
+            arrival.notes.push_back({true, file.path, "hasn't the digest that the manifest says"});
     }
 
     void findStrangers() {
@@ -123,7 +123,7 @@ private:
             known.push_back(file.path);
         std::sort(known.begin(), known.end());
         for (const std::string& path : origin_->strangers(known))
-            advise(shown(path), "isn't in the manifest: no launcher asks for it");
+            advise(path, "isn't in the manifest: no launcher asks for it");
     }
 
     // The same advice about many files is one line, with the first of them; every problem has a line of its own.

@@ -5,6 +5,7 @@
 #include "publish/difference.h"
 #include "publish/failure.h"
 #include "publish/keys.h"
+#include "publish/name_rules.h"
 #include "publish/passphrase.h"
 #include "publish/progress.h"
 #include "publish/release.h"
@@ -73,7 +74,7 @@ void printRelease(const ReleaseResult& result) {
               << " as in the release before\n"
               << "key " << result.fingerprint << '\n';
     for (const std::string& name : result.removed)
-        std::cout << "removed the old release " << name << '\n';
+        std::cout << "removed the old release " << shown(name) << '\n';
 }
 
 void addRelease(CLI::App& program) {
@@ -109,7 +110,7 @@ void addRelease(CLI::App& program) {
         if (!order->notesFile.empty())
             order->notes = readWhole(order->notesFile);
         const auto passphrase = [&](const fs::path& key) { return findPassphrase(order->passphraseFile, key); };
-        const auto warn = [](const std::string& text) { std::cerr << "warning: " << text << '\n'; };
+        const auto warn = [](const std::string& text) { std::cerr << "warning: " << shown(text) << '\n'; };
         printRelease(makeRelease(*order, passphrase, warn));
     });
 }
@@ -128,14 +129,15 @@ void addDiff(CLI::App& program) {
         const Difference difference = compareReleases(older, newer);
         const auto print = [](const char* mark, const std::vector<update::ManifestFile>& files) {
             for (const update::ManifestFile& file : files)
-                std::cout << mark << ' ' << file.path << ' ' << file.size << '\n';
+                std::cout << mark << ' ' << shown(file.path) << ' ' << file.size << '\n';
         };
         print("added", difference.added);
         print("changed", difference.changed);
-        print("removed", difference.removed); // from the manifest; see below
-        std::cout << "a player of " << older.version << " downloads " << difference.downloadBytes << " bytes in "
-                  << countText(difference.added.size() + difference.changed.size(), "file") << " for " << newer.version
-                  << "; " << countText(difference.removed.size(), "removed file") << " stay with the player\n";
+        print("removed", difference.removed);
+        std::cout << "a player of " << shown(older.version) << " downloads " << difference.downloadBytes << " bytes in "
+                  << countText(difference.added.size() + difference.changed.size(), "file") << " for "
+                  << shown(newer.version) << "; " << countText(difference.removed.size(), "removed file")
+                  << " stay with the player\n";
     });
 }
 
@@ -171,12 +173,13 @@ void addCheck(CLI::App& program, int& status) {
         const CheckResult result = checkChannel(*order);
         status = result.good() ? 0 : 1;
         if (order->json) {
-            std::cout << jsonOf(result).dump(1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+            std::cout << jsonOf(result).dump(1, ' ', true, nlohmann::json::error_handler_t::replace) << '\n';
             return;
         }
         for (const Finding& finding : result.findings)
-            std::cout << (finding.isProblem ? "problem: " : "advice: ") << finding.where << ' ' << finding.what << '\n';
-        std::cout << (result.good() ? "good" : "not good") << ": version " << result.manifest.version << ", "
+            std::cout << (finding.isProblem ? "problem: " : "advice: ") << shown(finding.where + " " + finding.what)
+                      << '\n';
+        std::cout << (result.good() ? "good" : "not good") << ": version " << shown(result.manifest.version) << ", "
                   << countText(result.manifest.files.size(), "file") << ", " << bytesText(result.bytes) << '\n';
     });
 }

@@ -2,7 +2,7 @@
 // something is wrong with what was given or found, 2 for a command line that can't be understood.
 #include "publish/commands.h"
 
-#include "publish/failure.h"
+#include "publish/name_rules.h"
 
 #include <iostream>
 
@@ -16,7 +16,7 @@ int main(int count, char** arguments) {
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? 0 : 2;
     } catch (const std::exception& error) {
-        std::cerr << error.what() << '\n';
+        std::cerr << ca::publish::shownLines(error.what());
         return 1;
     }
 }

@@ -21,7 +21,10 @@ std::size_t longestInstalledPath(std::string_view path);
 
 bool isUtf8(std::string_view text);
 
-// A text as it can be shown: bytes that no terminal should get as question marks.
+// A text of one line as it can be shown, wherever it comes from: what a terminal would obey, line ends among it, is a
+// question mark, and so is every byte beyond ASCII of a text that isn't UTF-8.
 std::string shown(std::string_view text);
+// The same of every line of a text; each ends with '\n'.
+std::string shownLines(std::string_view text);
 
 } // namespace ca::publish

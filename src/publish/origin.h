@@ -9,7 +9,8 @@
 
 namespace ca::publish {
 
-// A problem keeps players from playing on what is offered, or will with the next release; advice doesn't.
+// A problem keeps players from playing on what is offered, or will with the next release; advice doesn't. Holds text as
+// the channel has it, whoever that is: see shown().
 struct Finding {
     bool isProblem = true;
     std::string where; // an address, a path, or a manifest's field

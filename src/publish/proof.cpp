@@ -4,6 +4,7 @@
 #include "publish/descriptor.h"
 #include "publish/failure.h"
 #include "publish/keys.h"
+#include "publish/name_rules.h"
 #include "update/signature.h"
 
 #include <tuple>
@@ -46,7 +47,7 @@ void proveRelease(const fs::path& folder, const fs::path& publicKey, const updat
         std::error_code none;
         const fs::path placed = folder / filesName / expected.files[i].path;
         if (fields(seen.files[i]) != fields(expected.files[i]))
-            throw Failure("launchers would read \"" + seen.files[i].path + "\" for " + expected.files[i].path +
+            throw Failure("launchers would read \"" + shown(seen.files[i].path) + "\" for " + expected.files[i].path +
                           ", or another digest or size, so the release isn't published");
         if (!fs::is_regular_file(fs::symlink_status(placed, none)) || fs::file_size(placed, none) != seen.files[i].size)
             throw Failure(placed.string() + " isn't as it was written: look at the disk; the release isn't published");

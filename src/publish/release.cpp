@@ -37,7 +37,7 @@ void judgeFolders(const Tree& tree, const update::UpdateManifest& older, Lines& 
         const std::wstring path = foldedPath(file.path);
         for (std::size_t end = path.find(L'/'); end != std::wstring::npos; end = path.find(L'/', end + 1))
             if (files.contains(path.substr(0, end)))
-                problems.push_back(file.path + " needs a folder where players of " + older.version +
+                problems.push_back(file.path + " needs a folder where players of " + shown(older.version) +
                                    " have a file, which launchers never remove: name the folder otherwise");
     }
 }
@@ -59,7 +59,7 @@ void judgeLive(const ReleaseOrder& order, const Tree& tree, const fs::path& live
         problems.push_back(live.string() + " holds no manifest that can be read (" + error + "): move it away");
     judgeFolders(tree, manifest, problems);
     if (!order.allowOlder && update::compareVersions(order.version, manifest.version) <= 0)
-        problems.push_back("version " + order.version + " isn't newer than the live " + manifest.version +
+        problems.push_back("version " + order.version + " isn't newer than the live " + shown(manifest.version) +
                            ", and launchers install no older one; --allow-older if that is meant");
 }
 

@@ -1,5 +1,6 @@
 // The program as its users have it: words, exit status, output; and the documentation, taken at its word.
 #include "publish/keys.h"
+#include "publish/manifest_text.h"
 #include "publish/studio.h"
 
 #include <csignal>
@@ -24,6 +25,13 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
     writeFile(s.folder / "pass", "first line\nsecond\n");
     writeFile(s.folder / "wrong", "other\n");
     const std::string key = "a b/update_private_key.pem", pem = "a b/update_public_key.pem";
+    const std::string controls = "\n\x1B[m\u009Bb"; // what a terminal would obey
+    ca::update::UpdateManifest alien;
+    alien.product = alien.channel = alien.platform = "cold-anchor";
+    alien.version = "1" + controls;
+    alien.files.push_back({"a" + controls, std::string(64, '0'), 5, false});
+    writeFile(s.folder / "alien/stable/windows/manifest.json", ca::publish::manifestText(alien));
+    writeFile(s.folder / "alien/stable/windows/manifest.sig", std::string(512, '0'));
     const Lines release{"release", "game", "--version", "1", "--to", "channel", "--key", key};
     const auto with = [](Lines words, const Lines& more) {
         words.insert(words.end(), more.begin(), more.end());
@@ -47,6 +55,10 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
              Row{{"check", "channel", "--key", pem}, 0, "good: version 1, 4 files"},
              Row{{"check", "channel", "--key", pem, "--channel", "beta"}, 1, "problem: manifest.json can't read"},
              Row{{"diff", "channel/stable/windows", "pass"}, 1, "pass is no manifest"},
+             Row{{"diff", "a\x1B", "pass"}, 1, "can't read a?: No such"},
+             Row{{"diff", "channel/stable/windows", "alien/stable/windows"}, 0, "added a??[m?b 5\n"},
+             Row{{"check", "alien"}, 1, "not good: version 1??[m?b, 1 file"},
+             Row{{"check", "alien", "--json"}, 1, "a\\n\\u001b[m\\u009bb"},
              Row{{"serve", "pass"}, 1, "pass is no folder"},
              Row{{"serve", "channel", "--address", "x"}, 1, "no IPv4 address"},
              Row{{}, 2, "subcommand"},
@@ -55,7 +67,7 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
         const int status = s.run(row.words, {"setsid", "-w"}, row.environment); // no terminal
         EXPECT_EQ(status, row.status) << ::testing::PrintToString(row.words) << s.output;
         EXPECT_NE(s.output.find(row.text), std::string::npos) << ::testing::PrintToString(row.words) << s.output;
-        EXPECT_EQ(s.output.find('\r'), std::string::npos); // no progress in a file
+        EXPECT_EQ(s.output.find_first_of("\r\x1B\x9B"), std::string::npos) << s.output; // nor progress in a file
         const bool printsKey = row.words.size() > 1 && row.words[0] == "keys" && status == 0;
         EXPECT_TRUE(!printsKey || s.output == ca::publish::fingerprintOf(s.folder / pem) + "\n");
     }
