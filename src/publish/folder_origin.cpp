@@ -40,8 +40,6 @@ public:
         return arrival;
     }
 
-    std::string place() const override { return folder_.string(); }
-
     std::vector<std::string> strangers(const std::vector<std::string>& known) const override {
         std::vector<std::string> result;
         std::error_code none;

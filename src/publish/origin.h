@@ -31,8 +31,6 @@ public:
     virtual ~Origin() = default;
     // What a launcher would get for the name; `text`, if not null, gets the bytes too.
     virtual Arrival get(const std::string& name, std::string* text) const = 0;
-    // The whole of it, for people.
-    virtual std::string place() const = 0;
     // What is there besides: names of files that the manifest, whose sorted paths are given, doesn't know.
     virtual std::vector<std::string> strangers(const std::vector<std::string>& known) const = 0;
 };

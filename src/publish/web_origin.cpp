@@ -44,8 +44,6 @@ public:
         return arrival;
     }
 
-    std::string place() const override { return url_; }
-
     std::vector<std::string> strangers(const std::vector<std::string>&) const override {
         return {}; // a web server doesn't tell
     }
