@@ -19,6 +19,13 @@ namespace ca::publish {
 
 namespace {
 
+// As far as can be told without the key. The longest and the shortest one, and the steps between, are those of the RSA
+// keys that Windows imports: 512 to 16384 bits in steps of 64.
+bool canBeSignature(std::string_view text) {
+    std::vector<unsigned char> bytes;
+    return update::decodeSignature(text, bytes) && bytes.size() >= 64 && bytes.size() <= 2048 && bytes.size() % 8 == 0;
+}
+
 class Check {
 public:
     explicit Check(const CheckOrder& order)
@@ -59,6 +66,10 @@ private:
         signature.erase(signature.find_last_not_of("\t\n\r ") + 1);
         if (order_.publicKey.empty()) {
             advise(signatureName, "wasn't verified: name the public key with --key");
+            if (!canBeSignature(signature)) {
+                problem(signatureName, "is no signature that launchers would take with any key");
+                return false;
+            }
         } else if (!update::verifyManifestSignature(text, signature, order_.publicKey, fingerprintOf(order_.publicKey),
                                                     error)) {
             problem(manifestName,

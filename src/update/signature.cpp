@@ -34,20 +34,6 @@ int hexDigit(char c) {
     return -1;
 }
 
-bool decodeHex(std::string_view text, std::vector<unsigned char>& bytes) {
-    if (text.empty() || text.size() % 2 != 0)
-        return false;
-    bytes.reserve(text.size() / 2);
-    for (std::size_t at = 0; at < text.size(); at += 2) {
-        const int high = hexDigit(text[at]);
-        const int low = hexDigit(text[at + 1]);
-        if (high < 0 || low < 0)
-            return false;
-        bytes.push_back(static_cast<unsigned char>(high << 4 | low));
-    }
-    return true;
-}
-
 bool hasDigest(const std::string& keyText, std::string_view fingerprint) {
     Sha256Digest digest;
     return sha256Bytes(keyText.data(), keyText.size(), digest) && sha256Hex(digest) == fingerprint;
@@ -76,6 +62,20 @@ const char* verifyWithKey(std::vector<unsigned char>& blob, Sha256Digest& digest
 
 } // namespace
 
+bool decodeSignature(std::string_view text, std::vector<unsigned char>& bytes) {
+    if (text.empty() || text.size() % 2 != 0)
+        return false;
+    bytes.reserve(text.size() / 2);
+    for (std::size_t at = 0; at < text.size(); at += 2) {
+        const int high = hexDigit(text[at]);
+        const int low = hexDigit(text[at + 1]);
+        if (high < 0 || low < 0)
+            return false;
+        bytes.push_back(static_cast<unsigned char>(high << 4 | low));
+    }
+    return true;
+}
+
 bool verifyManifestSignature(std::string_view manifest, std::string_view signature,
                              const std::filesystem::path& keyFile, std::string_view fingerprint, std::string& error) {
     const auto fail = [&error](const char* token) {
@@ -88,7 +88,7 @@ bool verifyManifestSignature(std::string_view manifest, std::string_view signatu
     if (!hasDigest(keyText, fingerprint))
         return fail("update_public_key_fingerprint_mismatch");
     std::vector<unsigned char> signatureBytes;
-    if (!decodeHex(signature, signatureBytes))
+    if (!decodeSignature(signature, signatureBytes))
         return fail("manifest_signature_invalid_hex");
     Sha256Digest digest;
     if (!sha256Bytes(manifest.data(), manifest.size(), digest))

@@ -6,6 +6,7 @@
 #include "publish/studio.h"
 
 #include <functional>
+#include <map>
 
 using namespace ca::test;
 namespace publish = ca::publish;
@@ -65,6 +66,25 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
         const publish::CheckResult result = s.check();
         EXPECT_TRUE(says(result, row.isProblem, row.what)) << row.what << "\n" << shownFindings(result);
         EXPECT_EQ(result.good(), !row.isProblem);
+    }
+}
+
+TEST(Check, JudgesASignaturesFormWithoutAKey) {
+    Studio s;
+    ASSERT_EQ(s.release(), "released");
+    const std::string digits = readFile(s.live / "manifest.sig").substr(0, 512);
+    for (const auto& [text, good] : std::map<std::string, bool>{{digits + "\r\n\t \n", true},
+                                                                {std::string(512, 'F'), true},
+                                                                {"", false},
+                                                                {" " + digits, false},
+                                                                {digits + "0", false},
+                                                                {digits.substr(2), false},
+                                                                {digits.substr(1) + "g", false}}) {
+        writeFile(s.live / "manifest.sig", text);
+        const publish::CheckResult result = publish::checkChannel({s.root, "stable", {}, 1});
+        EXPECT_EQ(result.good(), good) << text;
+        EXPECT_TRUE(says(result, false, "wasn't verified") && (good || says(result, true, "manifest.sig is no")))
+            << text;
     }
 }
 
