@@ -7,7 +7,6 @@
 #include <fcntl.h>
 #include <map>
 #include <sys/file.h>
-#include <sys/stat.h>
 
 namespace ca::publish {
 
@@ -18,13 +17,6 @@ namespace {
 constexpr const char* releasesName = ".releases"; // no channel's name
 constexpr const char* newName = ".new";           // no version
 constexpr const char* oldName = ".old";
-
-void makeFolder(const fs::path& folder) {
-    if (::mkdir(folder.c_str(), 0755) == 0)
-        fs::permissions(folder, fs::perms(0755)); // whatever the umask: a web server reads it
-    else if (errno != EEXIST)
-        failWithReason("can't make the folder " + folder.string());
-}
 
 void removeAll(const fs::path& path) {
     std::error_code error;
@@ -59,10 +51,8 @@ fs::path livePath(const fs::path& root, const std::string& channel) {
 
 ChannelFolder::ChannelFolder(const fs::path& root, const std::string& channel)
     : root_(root), link_(livePath(root, channel)), releases_(root / releasesName / channel) {
-    std::error_code ignored; // whatever is wrong shows in the next step
-    fs::create_directories(root.parent_path(), ignored);
-    for (const fs::path& folder : {root_, releases_.parent_path(), releases_, link_.parent_path()})
-        makeFolder(folder);
+    for (const fs::path& folder : {releases_, link_.parent_path()})
+        makeReadableFolder(folder);
     if (!fs::is_directory(fs::symlink_status(link_.parent_path())))
         throw Failure(link_.parent_path().string() +
                       " is no folder but a link or a file, and the live release couldn't be "
@@ -95,7 +85,7 @@ fs::path ChannelFolder::live() const {
 }
 
 fs::path ChannelFolder::newRelease() const {
-    makeFolder(releases_ / newName);
+    makeReadableFolder(releases_ / newName);
     return releases_ / newName;
 }
 

@@ -66,4 +66,17 @@ void writeNewFile(const std::filesystem::path& path, std::string_view text, unsi
         failWithReason("can't write " + path.string());
 }
 
+void makeReadableFolder(const std::filesystem::path& path) {
+    std::error_code none;
+    if (path.empty() || std::filesystem::is_directory(path, none))
+        return;
+    makeReadableFolder(path.parent_path());
+    // A mask for the moment: a chmod behind it would leave a closed folder if it never came to that.
+    const mode_t mask = ::umask(022);
+    const bool made = ::mkdir(path.c_str(), 0755) == 0;
+    ::umask(mask);
+    if (!made && (errno != EEXIST || !std::filesystem::is_directory(path, none))) // a slash at the end is there already
+        failWithReason("can't make the folder " + path.string());
+}
+
 } // namespace ca::publish

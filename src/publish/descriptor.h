@@ -41,4 +41,8 @@ std::string readWhole(const std::filesystem::path& path);
 // Makes the file with exactly this mode, whatever the umask, and brings it to the disk.
 void writeNewFile(const std::filesystem::path& path, std::string_view text, unsigned mode);
 
+// Makes the folder and those above it that are missing, for everybody to read, whatever the umask: a web server has to.
+// What is there stays as it is. No other thread may make files meanwhile.
+void makeReadableFolder(const std::filesystem::path& path);
+
 } // namespace ca::publish

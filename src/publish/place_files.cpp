@@ -112,16 +112,11 @@ bool isSameFile(const fs::path& a, const fs::path& b) {
 }
 
 void makeFolders(const Tree& tree, const fs::path& target) {
-    std::set<fs::path> folders{target};
+    makeReadableFolder(target);
+    std::set<fs::path> folders;
     for (const TreeFile& file : tree.files)
-        for (fs::path folder = fs::path(file.path).parent_path(); !folder.empty(); folder = folder.parent_path())
-            if (!folders.insert(target / folder).second)
-                break;
-    for (const fs::path& folder : folders) // a parent comes before what is in it
-        if (::mkdir(folder.c_str(), 0755) != 0)
-            failWithReason("can't make the folder " + folder.string());
-        else
-            fs::permissions(folder, fs::perms(0755)); // whatever the umask: a web server reads it
+        if (const fs::path folder = fs::path(file.path).parent_path(); folders.insert(folder).second)
+            makeReadableFolder(target / folder);
 }
 
 bool isProgram(std::string_view path) {

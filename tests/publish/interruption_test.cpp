@@ -9,9 +9,8 @@ using namespace ca::test;
 namespace {
 
 // What changes the disk, and what stands between two such changes.
-constexpr const char* calls =
-    "trace=open,openat,write,ftruncate,fchmod,fchmodat,mkdir,rmdir,rename,link,linkat,symlink,"
-    "unlink,unlinkat,lseek,fsync,syncfs,flock,exit_group";
+constexpr const char* calls = "trace=open,openat,write,ftruncate,fchmod,mkdir,rmdir,rename,link,linkat,symlink,"
+                              "unlink,unlinkat,lseek,fsync,syncfs,flock,exit_group";
 
 Lines underStrace(const fs::path& output, const std::string& injection) {
     Lines words{"strace", "-f", "-y", "-qq", "-o", output, "-e", "signal=none", "-e", calls};

@@ -76,23 +76,26 @@ TEST(Release, IsWhatLaunchersInstall) {
     EXPECT_LT(status.st_blocks * 512, 400'000); // zeros take no room
 }
 
-TEST(Release, IsTheSameBytesForTheSameTree) {
+TEST(Release, IsTheSameForTheSameTreeAndForEverybodyToRead) {
     Studio studio;
     ASSERT_EQ(studio.release(), "released");
-    const std::string manifest = readFile(studio.live / "manifest.json"),
-                      signature = readFile(studio.live / "manifest.sig");
+    const mode_t mask = ::umask(077);
+    const fs::path deep = studio.folder / "deep";
     for (const unsigned threads : {1U, 8U})
         for (const bool linked : {false, true}) {
-            studio.order.root = studio.folder / ("other" + std::to_string(threads) + (linked ? "linked" : ""));
+            studio.order.root = deep / (std::to_string(threads) + (linked ? "linked/" : "/"));
             studio.order.threads = threads;
             studio.order.linked = linked;
-            ASSERT_EQ(studio.release(), "released");
-            EXPECT_EQ(readFile(studio.order.root / "stable/windows/manifest.json"), manifest);
-            EXPECT_EQ(readFile(studio.order.root / "stable/windows/manifest.sig"), signature);
-            EXPECT_EQ(fs::equivalent(studio.order.root / "stable/windows/files/data/first.dat",
-                                     studio.tree / "data/first.dat"),
-                      linked);
+            EXPECT_EQ(studio.release(), "released");
+            const fs::path live = studio.order.root / "stable/windows";
+            for (const char* text : {"manifest.json", "manifest.sig"})
+                EXPECT_EQ(readFile(live / text), readFile(studio.live / text));
+            EXPECT_EQ(fs::equivalent(live / "files/data/first.dat", studio.tree / "data/first.dat"), linked);
         }
+    ::umask(mask);
+    EXPECT_EQ(fs::status(deep).permissions(), fs::perms(0755));
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(deep))
+        EXPECT_EQ(entry.status().permissions(), fs::perms(entry.is_directory() ? 0755 : 0644)) << entry;
 }
 
 TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
