@@ -50,7 +50,7 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
              Row{with(release, {"--passphrase-file", "wrong"}), 1, "the passphrase isn't that of a b/"},
              Row{with(release, {"--passphrase-file", "pass"}), 0, "released 1 to stable: 4 files, "},
              Row{release, 1, "isn't newer than the live 1", {"COLDANCHOR_PASSPHRASE=first line"}},
-             Row{with(release, {"--key", pem}), 2, "--key"},
+             Row{with(release, {"--key", pem}), 2, "--key: At Most 1"},
              Row{{"release", "absent", "--version", "1", "--key", key, "--to", "x"}, 2, "absent"},
              Row{{"check", "channel", "--key", pem}, 0, "good: version 1, 4 files"},
              Row{{"check", "channel", "--key", pem, "--channel", "beta"}, 1, "problem: manifest.json can't read"},
