@@ -30,13 +30,6 @@ void move(const fs::path& from, const fs::path& to) {
         failWithReason("can't move " + from.string() + " to " + to.string());
 }
 
-// Everything of the file system on which `path` lies: one call, where one for each of many files would take minutes.
-void flushDisk(const fs::path& path) {
-    const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder || ::syncfs(folder.get()) != 0)
-        failWithReason("can't bring the release to the disk below " + path.string());
-}
-
 } // namespace
 
 bool isChannelName(const std::string& name) {

@@ -22,9 +22,13 @@ Descriptor openForReading(const std::filesystem::path& path) {
 
 Descriptor createFile(const std::filesystem::path& path, unsigned mode) {
     Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (!file || ::fchmod(file.get(), mode) != 0)
-        failWithReason("can't make " + path.string());
-    return file;
+    if (file && ::fchmod(file.get(), mode) == 0)
+        return file;
+    const int reason = errno;
+    if (file)
+        ::unlink(path.c_str());
+    errno = reason;
+    failWithReason("can't make " + path.string());
 }
 
 std::size_t readSome(const Descriptor& file, void* buffer, std::size_t size, const std::filesystem::path& path) {
@@ -61,9 +65,20 @@ std::string readWhole(const std::filesystem::path& path) {
 
 void writeNewFile(const std::filesystem::path& path, std::string_view text, unsigned mode) {
     const Descriptor file = createFile(path, mode);
-    writeAll(file, text.data(), text.size(), path);
-    if (::fsync(file.get()) != 0)
-        failWithReason("can't write " + path.string());
+    try {
+        writeAll(file, text.data(), text.size(), path);
+        if (::fsync(file.get()) != 0)
+            failWithReason("can't write " + path.string());
+    } catch (const Failure&) {
+        ::unlink(path.c_str()); // half of it helps nobody
+        throw;
+    }
+}
+
+void flushDisk(const std::filesystem::path& path) {
+    const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder || ::syncfs(folder.get()) != 0)
+        failWithReason("can't bring to the disk what is in " + path.string());
 }
 
 void makeReadableFolder(const std::filesystem::path& path) {

@@ -38,9 +38,13 @@ void writeAll(const Descriptor& file, const void* data, std::size_t size, const 
 
 // A whole file that must be there; for keys, notes and manifests.
 std::string readWhole(const std::filesystem::path& path);
-// Makes the file with exactly this mode, whatever the umask, and brings it to the disk.
+// Makes the file, which must not be there yet, with exactly this mode, whatever the umask, and brings it to the disk. A
+// failure leaves none of it.
 void writeNewFile(const std::filesystem::path& path, std::string_view text, unsigned mode);
 
+// Brings everything to the disk that is new on the file system of this folder: one call, where one for each of many
+// files would take minutes.
+void flushDisk(const std::filesystem::path& path);
 // Makes the folder and those above it that are missing, for everybody to read, whatever the umask: a web server has to.
 // What is there stays as it is. No other thread may make files meanwhile.
 void makeReadableFolder(const std::filesystem::path& path);

@@ -100,15 +100,15 @@ void makeKeyPair(const fs::path& folder, int bits, const std::optional<std::stri
     const Key key(EVP_RSA_gen(static_cast<unsigned>(bits)));
     require(key != nullptr, "OpenSSL can't make an RSA key");
     fs::create_directories(folder);
+    writeNewFile(privateFile, privatePem(key.get(), passphrase), 0600);
     try {
-        writeNewFile(privateFile, privatePem(key.get(), passphrase), 0600);
         writeNewFile(publicFile, publicPem(key.get()), 0644);
     } catch (const Failure&) {
         std::error_code ignored; // half a pair would stand in the way of the next try
         fs::remove(privateFile, ignored);
-        fs::remove(publicFile, ignored);
         throw;
     }
+    flushDisk(folder);
 }
 
 std::string fingerprintOf(const fs::path& publicKeyFile) {

@@ -3,6 +3,7 @@
 #include "publish/manifest_text.h"
 #include "publish/studio.h"
 
+#include <atomic>
 #include <csignal>
 #include <nlohmann/json.hpp>
 #include <poll.h>
@@ -10,6 +11,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace ca::test;
@@ -79,6 +81,24 @@ TEST(Commands, MakeKeysThatAreGuardedAndFound) {
     EXPECT_EQ(s.run({"check", "channel", "--json"}), 0);
     const nlohmann::json result = nlohmann::json::parse(s.output);
     EXPECT_TRUE(result["good"] && result["files"] == 4 && result["problems"].empty() && result["advice"].size() == 1);
+}
+
+TEST(Keys, AreOnePairWhenTwoAreMadeAtOnce) {
+    const TemporaryFolder folder;
+    std::atomic<int> made = 0;
+    const auto make = [&] {
+        try {
+            ca::publish::makeKeyPair(folder.path(), 2048, std::nullopt);
+            ++made;
+        } catch (const ca::publish::Failure&) {
+        }
+    };
+    std::thread other(make);
+    make();
+    other.join();
+    EXPECT_EQ(made, 1);
+    const ca::publish::PrivateKey key(folder / ca::publish::privateKeyName, {});
+    EXPECT_EQ(key.publicText(), readFile(folder / ca::publish::publicKeyName));
 }
 
 TEST(Commands, GiveTheTerminalItsEchoBackHoweverAQuestionEnds) {
