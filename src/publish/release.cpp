@@ -116,7 +116,7 @@ ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& pas
     result.folder = channel.publish(order.version);
     try {
         result.removed = channel.keepOnly(order.keep);
-    } catch (const Failure& failure) {
+    } catch (const std::exception& failure) {
         warn(std::string("the release is live, but an older one couldn't be removed: ") + failure.what());
     }
     return result;
