@@ -2,6 +2,7 @@
 // something is wrong with what was given or found, 2 for a command line that can't be understood.
 #include "publish/commands.h"
 
+#include "publish/failure.h"
 #include "publish/name_rules.h"
 
 #include <iostream>
@@ -12,6 +13,8 @@ int main(int count, char** arguments) {
     try {
         ca::publish::addCommands(program, status);
         program.parse(count, arguments);
+        if (!std::cout.flush())
+            ca::publish::failWithReason("can't write to the standard output");
         return status;
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? 0 : 2;
