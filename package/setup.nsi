@@ -5,8 +5,12 @@
 ;   ColdAnchorSetup-<version>.exe [/S] [/ALLUSERS] [/D=FOLDER]
 ;
 ; For the player alone in his own folder, without a prompt; with /ALLUSERS, or by choice on the first page, for everyone.
-; /S asks nothing. Exit status: 0 installed, 1 cancelled, 2 a file could not be written, 3 the folder holds other things,
-; 4 the game or its launcher is running, 740 /ALLUSERS /S without an administrator's rights.
+; /S asks nothing. FOLDER is a whole path, with backslashes, of a folder below a drive's root. Exit status: 0 installed,
+; 1 cancelled, 2 a file could not be written, 3 the folder holds other things or can't be one, 4 the game or its launcher is
+; running, 740 /ALLUSERS /S without an administrator's rights.
+;
+; Whatever interrupts it, each file is the old one or the new one: they are written into a folder of their own inside the
+; installation and moved from there. Where an interrupted setup left that folder, the next one goes on.
 Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -16,6 +20,7 @@ ManifestSupportedOS Win10
 ManifestLongPathAware true
 RequestExecutionLevel user
 AutoCloseWindow true
+AllowSkipFiles off
 
 !include FileFunc.nsh
 !include LogicLib.nsh
@@ -38,6 +43,7 @@ VIAddVersionKey LegalCopyright ""
 !endif
 
 !define LAUNCHER ColdAnchorLauncher.exe
+!define STAGE ColdAnchorSetup.new
 !define REGISTRY "Software\Microsoft\Windows\CurrentVersion\Uninstall\ColdAnchor"
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -59,6 +65,8 @@ folders save and userdata. Your profile and settings stay."
 Var forAll   ; 1: everyone on this computer
 Var elevated ; 1: started again by this program for the rights
 Var button
+Var failed   ; 1: a file can't be written or removed
+Var top      ; the folder that is removed
 
 ; ---- What both programs need ----------------------------------------------------------------------------------------
 
@@ -90,7 +98,26 @@ Function ${UN}setScope
     ${EndIf}
 FunctionEnd
 
-; A running program's file can't be opened for writing.
+; Pushes 1 if the folder is an installation: Windows knows it as one, it has the launcher and its data, or an interrupted
+; setup left it.
+Function ${UN}isInstallation
+    StrCpy $1 0
+    SetShellVarContext all
+    ReadRegStr $0 SHCTX "${REGISTRY}" InstallLocation
+    ${IfThen} $0 == $INSTDIR ${|} StrCpy $1 1 ${|}
+    SetShellVarContext current
+    ReadRegStr $0 SHCTX "${REGISTRY}" InstallLocation
+    ${IfThen} $0 == $INSTDIR ${|} StrCpy $1 1 ${|}
+    Call ${UN}setScope
+    ${If} ${FileExists} "$INSTDIR\${LAUNCHER}"
+    ${AndIf} ${FileExists} "$INSTDIR\data\update_server.txt"
+    ${OrIf} ${FileExists} "$INSTDIR\${STAGE}\*"
+        StrCpy $1 1
+    ${EndIf}
+    Push $1
+FunctionEnd
+
+; A running program's file can't be opened for writing: ERROR_SHARING_VIOLATION. Other errors are for the writing itself.
 Function ${UN}waitForPrograms
     ${ForEach} $1 1 3 + 1
         ${Select} $1
@@ -101,11 +128,11 @@ Function ${UN}waitForPrograms
         ${Case} 3
             StrCpy $0 "$INSTDIR\ColdAnchorUpdateHelper.exe"
         ${EndSelect}
-        ${DoWhile} ${FileExists} "$0"
-            ClearErrors
-            FileOpen $2 "$0" a
-            ${IfNot} ${Errors}
-                FileClose $2
+        ${Do}
+            System::Call "kernel32::CreateFileW(w r0, i 0x40000000, i 7, p 0, i 3, i 0, p 0) p .r2 ?e"
+            Pop $3
+            System::Call "kernel32::CloseHandle(p r2)"
+            ${If} $3 <> 32
                 ${Break}
             ${EndIf}
             MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Close Cold Anchor and its launcher first." /SD IDCANCEL IDRETRY +3
@@ -150,7 +177,15 @@ Function .onInit
             Quit
         ${EndIf}
     ${EndIf}
-    ${If} $INSTDIR == ""
+    ${If} $INSTDIR == "" ; no /D=, or with a folder that can't be one
+        System::Call "kernel32::GetCommandLineW() w .r0"
+        ClearErrors
+        ${GetOptions} $0 "/D=" $1
+        ${IfNot} ${Errors}
+        ${AndIf} ${Silent}
+            SetErrorLevel 3
+            Quit
+        ${EndIf}
         Call proposeFolder
     ${Else}
         Call setScope
@@ -164,12 +199,12 @@ Function askForWhom
     !insertmacro MUI_HEADER_TEXT "Install Cold Anchor" "For whom is it installed?"
     nsDialogs::Create 1018
     Pop $0
-    ${NSD_CreateRadioButton} 0 10u 100% 12u "&Only for me"
+    ${NSD_CreateFirstRadioButton} 0 10u 100% 12u "&Only for me"
     Pop $button
+    ${NSD_CreateAdditionalRadioButton} 0 54u 100% 12u "For &everyone on this computer"
+    Pop $1
     ${NSD_CreateLabel} 12u 24u -12u 20u "Needs no special rights, and neither do updates."
     Pop $0
-    ${NSD_CreateRadioButton} 0 54u 100% 12u "For &everyone on this computer"
-    Pop $1
     ${NSD_CreateLabel} 12u 68u -12u 20u "Windows asks for an administrator's permission, now and whenever the game is updated."
     Pop $0
     ${If} $forAll = 1
@@ -206,8 +241,13 @@ FunctionEnd
 
 ; The uninstaller empties the folder, so it must be ours alone: pushes 1 if it is new, empty or an installation.
 Function isFolderOurs
-    StrCpy $2 1
-    ${IfNot} ${FileExists} "$INSTDIR\${LAUNCHER}"
+    StrCpy $0 $INSTDIR
+    System::Call "kernel32::GetFullPathNameW(w r0, i ${NSIS_MAX_STRLEN}, w .r1, p 0)" ; as the uninstaller sees it
+    StrCpy $INSTDIR $1
+    Call isInstallation
+    Pop $2
+    ${If} $2 = 0
+        StrCpy $2 1
         FindFirst $0 $1 "$INSTDIR\*"
         ${DoWhile} $1 != ""
             ${If} $1 != "."
@@ -237,6 +277,32 @@ Function takeFolder
     ${EndIf}
 FunctionEnd
 
+; Called for each file of the stage: $R9 is its path, $R8 its folder's, $R7 its name. The caller needs $0 to $9.
+Function putInPlace
+    StrLen $R0 "$INSTDIR\${STAGE}"
+    StrCpy $R0 $R8 "" $R0
+    CreateDirectory "$INSTDIR$R0"
+    StrCpy $R0 "$INSTDIR$R0\$R7"
+    SetFileAttributes $R0 NORMAL ; a read-only file can't be replaced
+    System::Call "kernel32::MoveFileExW(w R9, w R0, i 9) i .R1" ; over what is there, and on the disk when it returns
+    ${IfThen} $R1 = 0 ${|} StrCpy $failed 1 ${|}
+    ClearErrors ; the caller takes them for the end of a folder
+    Push ""     ; go on
+FunctionEnd
+
+; Leaves no folder that this setup made for nothing.
+Function removeStage
+    SetOutPath "$TEMP" ; a working directory can't be removed
+    RMDir /r "$INSTDIR\${STAGE}"
+    RMDir "$INSTDIR"
+FunctionEnd
+
+; Called when a file of the stage can't be written; that has been said then.
+Function .onInstFailed
+    Call removeStage
+    SetErrorLevel 2
+FunctionEnd
+
 Section
     Call isFolderOurs
     Pop $0
@@ -244,13 +310,22 @@ Section
         !insertmacro fail 3 "This folder holds other files. Please choose a new or an empty one."
     ${EndIf}
     Call waitForPrograms
+    StrCpy $failed 0
     ClearErrors
-    SetOutPath "$INSTDIR"
+    RMDir /r "$INSTDIR\${STAGE}"
+    SetOutPath "$INSTDIR\${STAGE}"
     File /r "${FILES}/*"
-    WriteUninstaller "$INSTDIR\Uninstall.exe"
+    WriteUninstaller "$INSTDIR\${STAGE}\Uninstall.exe"
     ${If} ${Errors}
+        StrCpy $failed 1
+    ${Else}
+        ${Locate} "$INSTDIR\${STAGE}" "/L=F" putInPlace
+    ${EndIf}
+    Call removeStage
+    ${If} $failed = 1
         !insertmacro fail 2 "A file can't be written. Is the disk full, or the folder protected?"
     ${EndIf}
+    SetOutPath "$INSTDIR" ; where the shortcut starts the launcher
     CreateShortcut "$SMPROGRAMS\Cold Anchor.lnk" "$INSTDIR\${LAUNCHER}"
     WriteRegStr SHCTX "${REGISTRY}" DisplayName "Cold Anchor"
     WriteRegStr SHCTX "${REGISTRY}" DisplayVersion "${VERSION}"
@@ -274,8 +349,9 @@ Function offerStart
     SendMessage $0 ${WM_SETTEXT} 0 "STR:&Close"
     GetDlgItem $0 $HWNDPARENT 2
     EnableWindow $0 0
+    ShowWindow $0 ${SW_HIDE}
     GetDlgItem $0 $HWNDPARENT 3
-    EnableWindow $0 0
+    ShowWindow $0 ${SW_HIDE}
     nsDialogs::Show
 FunctionEnd
 
@@ -313,53 +389,92 @@ Function un.onInit
         ${EndIf}
     ${EndIf}
     Call un.setScope
+    Call un.isInstallation
+    Pop $0
+    ${If} $0 = 0
+        !insertmacro fail 3 "This folder holds no installation of Cold Anchor: $INSTDIR"
+    ${EndIf}
 FunctionEnd
 
 ; Takes a folder from the stack and removes what is in it, and then the folder if it is empty. Links are removed and never
-; followed. At the top the player's own folders stay.
+; followed. At the top the player's own folders and this program stay.
 Function un.removeFolder
     Exch $0
     Push $1
     Push $2
-    Push $3
     FindFirst $1 $2 "$0\*"
     ${DoWhile} $2 != ""
         ${If} $2 == "."
         ${OrIf} $2 == ".."
             Goto next
         ${EndIf}
-        ${If} $0 == $INSTDIR
+        ${If} $0 == $top
             ${If} $2 == "save"
             ${OrIf} $2 == "userdata"
+            ${OrIf} $2 == "Uninstall.exe"
                 Goto next
             ${EndIf}
         ${EndIf}
-        System::Call "kernel32::GetFileAttributesW(w '$0\$2') i .r3"
-        IntOp $3 $3 & 0x410 ; FILE_ATTRIBUTE_REPARSE_POINT, FILE_ATTRIBUTE_DIRECTORY
-        ${If} $3 = 0x10
-            Push "$0\$2"
+        ; The path goes into these calls by register: in the call's text an apostrophe of a name would end it.
+        StrCpy $3 "$0\$2"
+        System::Call "kernel32::GetFileAttributesW(w r3) i .r4"
+        IntOp $4 $4 & 0x410 ; FILE_ATTRIBUTE_REPARSE_POINT, FILE_ATTRIBUTE_DIRECTORY
+        ${If} $4 = 0x10
+            Push $3
             Call un.removeFolder
-        ${ElseIf} $3 = 0x410
-            RMDir "$0\$2"
+        ${ElseIf} $4 = 0x410
+            System::Call "kernel32::RemoveDirectoryW(w r3)"
         ${Else}
-            Delete "$0\$2"
+            System::Call "kernel32::SetFileAttributesW(w r3, i 0x80)" ; what is read-only can't be removed
+            System::Call "kernel32::DeleteFileW(w r3) i .r4"
+            ${IfThen} $4 = 0 ${|} StrCpy $failed 1 ${|}
         ${EndIf}
         next:
         FindNext $1 $2
     ${Loop}
     FindClose $1
-    RMDir "$0"
-    Pop $3
+    System::Call "kernel32::RemoveDirectoryW(w r0)"
     Pop $2
     Pop $1
     Pop $0
 FunctionEnd
 
+; Takes the folder's entries of one scope away; those of another installation stay.
+Function un.removeEntries
+    ReadRegStr $0 SHCTX "${REGISTRY}" InstallLocation
+    ${If} $0 == $INSTDIR
+        Delete "$SMPROGRAMS\Cold Anchor.lnk"
+        DeleteRegKey SHCTX "${REGISTRY}"
+    ${EndIf}
+FunctionEnd
+
 Section Uninstall
     Call un.waitForPrograms
     SetOutPath "$TEMP" ; a working directory can't be removed
-    Push "$INSTDIR"
-    Call un.removeFolder
-    Delete "$SMPROGRAMS\Cold Anchor.lnk"
-    DeleteRegKey SHCTX "${REGISTRY}"
+    ; With this prefix a path may be longer than 260 characters.
+    StrCpy $0 $INSTDIR 2
+    ${If} $0 == "\\"
+        StrCpy $top $INSTDIR "" 2
+        StrCpy $top "\\?\UNC\$top"
+    ${Else}
+        StrCpy $top "\\?\$INSTDIR"
+    ${EndIf}
+    ${Do}
+        StrCpy $failed 0
+        Push $top
+        Call un.removeFolder
+        ${If} $failed = 0
+            ${Break}
+        ${EndIf}
+        MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "A file is in use and can't be removed. \
+            Close the programs that use this folder: $INSTDIR" /SD IDCANCEL IDRETRY +3
+        SetErrorLevel 2
+        Quit
+    ${Loop}
+    Delete "$INSTDIR\Uninstall.exe"
+    RMDir "$INSTDIR"
+    SetShellVarContext all
+    Call un.removeEntries
+    SetShellVarContext current
+    Call un.removeEntries
 SectionEnd

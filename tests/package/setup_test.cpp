@@ -7,6 +7,7 @@
 #include <iterator>
 #include <set>
 #include <sstream>
+#include <sys/mount.h>
 
 using namespace ca::test;
 using enum ca::job::JobState;
@@ -20,6 +21,8 @@ const std::set<std::string> installed = {"ColdAnchorLauncher.exe",
                                          "assets/launcher/cold_anchor_launcher.png",
                                          "data/update_public_key.pem",
                                          "data/update_server.txt"};
+
+const char* const menuEntry = "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk";
 
 std::set<std::string> filesBelow(const fs::path& folder) {
     std::set<std::string> names;
@@ -46,6 +49,11 @@ fs::path setupProgram() {
 
 int install(const fs::path& folder) {
     return run(setupProgram(), "/S /D=" + shownPath(folder));
+}
+
+// The exit status of an uninstaller that is told to go on where it is.
+int tryToUninstall(const fs::path& folder) {
+    return run(folder / "Uninstall.exe", "/S _?=" + shownPath(folder));
 }
 
 // The uninstaller goes on as a copy of itself when its first process has ended.
@@ -86,13 +94,16 @@ TEST(Setup, LeadsToTheGameAndBack) {
     ready.progressDone = ready.progressTotal = 1;
     s.see(ready);
     EXPECT_EQ(install(s.installation), 4) << "the launcher runs";
-    EXPECT_EQ(run(s.installation / "Uninstall.exe", "/S"), 0);
+    EXPECT_EQ(tryToUninstall(s.installation), 4);
     for (const std::string& file : filesBelow(s.tree))
         EXPECT_TRUE(readFile(s.installation / file) == readFile(s.tree / file)) << file;
     s.play();
 
     const std::string deep(100, 'd');
     writeFile(s.installation / deep / deep / deep / "at the end.txt", "beyond 260 characters");
+    writeFile(s.installation / "Tom's `maps`/\U0001F9CA.txt", "with characters that a script could stumble over");
+    for (const auto& file : {s.installation / "Tom's `maps`/\U0001F9CA.txt", s.installation / "ColdAnchorLauncher.exe"})
+        fs::permissions(file, fs::perms::owner_read);
     writeFile(s.folder / "elsewhere/kept.txt", "not ours");
     fs::create_directory_symlink(s.folder / "elsewhere", s.installation / "maps/link");
     writeFile(s.installation / "save/profile_v07.sav", "level 3");
@@ -109,8 +120,7 @@ TEST(Setup, TakesTheUsualFoldersAndTheStartMenu) {
         const char *options, *folder, *menu;
     };
     for (const auto& row :
-         std::initializer_list<Row>{{"/S", "AppData/Local/Programs/Cold Anchor",
-                                     "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"},
+         std::initializer_list<Row>{{"/S", "AppData/Local/Programs/Cold Anchor", menuEntry},
                                     {"/S /ALLUSERS", "Program Files/Cold Anchor",
                                      "ProgramData/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"}}) {
         SCOPED_TRACE(row.options);
@@ -124,11 +134,44 @@ TEST(Setup, TakesTheUsualFoldersAndTheStartMenu) {
     }
 }
 
-TEST(Setup, TakesNoFolderWithOtherThings) {
-    const TemporaryFolder folder;
-    writeFile(folder / "a player's own.txt", "text");
+TEST(Setup, TouchesNoFolderWithOtherThings) {
+    const TemporaryFolder folder, installation;
+    const fs::path own = folder / "a player's own.txt", launcher = folder / "ColdAnchorLauncher.exe";
+    writeFile(own, "text");
     EXPECT_EQ(install(folder.path()), 3);
-    EXPECT_EQ(filesBelow(folder.path()), std::set<std::string>{"a player's own.txt"});
+    writeFile(launcher, "moved there");
+    EXPECT_EQ(install(folder.path()), 3);
+    EXPECT_EQ(install(installation.path()), 0);
+    fs::copy(installation / "Uninstall.exe", folder / "Uninstall.exe");
+    EXPECT_EQ(tryToUninstall(folder.path()), 3);
+    EXPECT_EQ(filesBelow(folder.path()), (std::set<std::string>{own.filename(), launcher.filename(), "Uninstall.exe"}));
+    for (const char* nowhere : {"game", "C:/game", "C:\\"})
+        EXPECT_EQ(run(setupProgram(), std::string("/S /D=") + nowhere), 3) << nowhere;
+
+    // One that an interrupted setup has left is its own, and one program's removal leaves another's menu entry.
+    const TemporaryFolder second;
+    writeFile(second / "ColdAnchorSetup.new/data/update_server.txt", "half");
+    writeFile(second / "assets/launcher/cold_anchor_launcher.png", "half");
+    EXPECT_EQ(install(second.path()), 0);
+    EXPECT_EQ(filesBelow(second.path()), installed);
+    uninstall(installation.path(), {});
+    EXPECT_NE(onDriveC(menuEntry), "");
+    uninstall(second.path(), {});
+    EXPECT_TRUE(eventually([] { return onDriveC(menuEntry).empty(); }));
+}
+
+TEST(Setup, LeavesWhatAFullDiskCantReplace) {
+    const TemporaryFolder disk;
+    if (::mount("none", disk.path().c_str(), "tmpfs", 0, "size=5m") != 0)
+        GTEST_SKIP() << "only root can make a small disk";
+    const fs::path folder = disk / "game", launcher = folder / "ColdAnchorLauncher.exe";
+    EXPECT_EQ(install(folder), 0);
+    writeFile(launcher, "an older one");
+    change(disk.path(), "cat /dev/zero >fill 2>/dev/null || true");
+    EXPECT_EQ(install(folder), 2);
+    EXPECT_TRUE(readFile(launcher) == "an older one");
+    EXPECT_EQ(filesBelow(folder), installed);
+    EXPECT_EQ(::umount2(disk.path().c_str(), MNT_DETACH), 0);
 }
 
 // Wine's own libraries load bcrypt, crypt32 and setupapi in a way that no program can steer; Windows' don't. So these
