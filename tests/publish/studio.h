@@ -30,19 +30,14 @@ struct Studio {
         put("data/first.dat", "first");
     }
 
-    void put(const std::string& path, const std::string& bytes) const {
-        if (bytes != "/")
-            writeFile(tree / path, bytes);
-        else
-            fs::create_directories(tree / path);
-    }
+    void put(const std::string& path, const std::string& bytes) const { writeFile(tree / path, bytes); }
 
-    // "released", or why not; the warnings stay in `warnings`.
+    // "released", or why not; the warnings stay in `warnings`, a line each.
     std::string release() {
         warnings.clear();
         const auto none = [](const fs::path&) -> std::string { throw publish::Failure("asked for a passphrase"); };
         try {
-            result = publish::makeRelease(order, none, [this](const std::string& text) { warnings.push_back(text); });
+            result = publish::makeRelease(order, none, [this](const std::string& text) { warnings += text + "\n"; });
             return "released";
         } catch (const publish::Failure& failure) {
             return failure.what();
@@ -55,27 +50,22 @@ struct Studio {
     }
 
     // Ends with the program; gives its exit status, and what it printed in `output`.
-    int run(Lines words, const Lines& before = {}, const Lines& environment = {}) {
+    int run(Lines words, const Lines& before = {}) {
         words.insert(words.begin(), builtProgram("coldanchor-publish"));
         words.insert(words.begin(), before.begin(), before.end());
         fs::remove(folder / "output");
-        demo::ProcessOptions options{folder.path(), folder / "output", environment, -1};
-        options.environment.push_back("ASAN_OPTIONS=detect_leaks=0"); // which can't be done under strace
+        const Lines environment{"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
+        const demo::ProcessOptions options{folder.path(), folder / "output", environment, -1};
         const int status = demo::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
         output = readFile(folder / "output");
         return status;
-    }
-
-    Lines releaseWords(const std::string& version) const {
-        return {"release", tree, "--version", version, "--key", order.privateKey, "--to", root, "--jobs", "1"};
     }
 
     TemporaryFolder folder{"/dev/shm"}; // in memory: each release brings the whole disk up to date
     fs::path tree = folder / "game", root = folder / "channel", live = root / "stable/windows";
     publish::ReleaseOrder order;
     publish::ReleaseResult result;
-    Lines warnings;
-    std::string output;
+    std::string warnings, output;
 };
 
 } // namespace ca::test
