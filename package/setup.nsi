@@ -50,6 +50,7 @@ VIAddVersionKey LegalCopyright ""
 !define MUI_ABORTWARNING
 
 Page custom askForWhom takeForWhom
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW askForFolder
 !define MUI_PAGE_CUSTOMFUNCTION_LEAVE takeFolder
 !define MUI_DIRECTORYPAGE_TEXT_TOP "At its first start the launcher downloads the game into this folder. Choose a disk with room for it."
 !insertmacro MUI_PAGE_DIRECTORY
@@ -61,6 +62,7 @@ folders save and userdata. Your profile and settings stay."
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE English
+LangString ^ErrorWriting ${LANG_ENGLISH} "The disk is full, or can't be written: "
 
 Var forAll   ; 1: everyone on this computer
 Var elevated ; 1: started again by this program for the rights
@@ -239,6 +241,14 @@ Function takeForWhom
     ${EndIf}
 FunctionEnd
 
+; The first page after an elevated start has none before it, and "Back" would end the program.
+Function askForFolder
+    ${If} $elevated = 1
+        GetDlgItem $0 $HWNDPARENT 3
+        ShowWindow $0 ${SW_HIDE}
+    ${EndIf}
+FunctionEnd
+
 ; The uninstaller empties the folder, so it must be ours alone: pushes 1 if it is new, empty or an installation.
 Function isFolderOurs
     StrCpy $0 $INSTDIR
@@ -297,7 +307,7 @@ Function removeStage
     RMDir "$INSTDIR"
 FunctionEnd
 
-; Called when a file of the stage can't be written; that has been said then.
+; Called after a file of the stage couldn't be written, and the player was told.
 Function .onInstFailed
     Call removeStage
     SetErrorLevel 2
