@@ -1,5 +1,5 @@
 """What can be read off the Windows programs as they are shipped: python3 programs_test.py BUILD SOURCE CASE"""
-import os, re, shutil, struct, subprocess, sys, tempfile, zlib
+import bisect, re, struct, subprocess, sys, zlib
 import xml.etree.ElementTree as xml
 
 BUILD, SOURCE, CASE = sys.argv[1:]
@@ -92,10 +92,18 @@ def hardening(program, name):
     address, length, at, stored, _ = program.sections[".text"]
     target = known["__stack_chk_fail"] - program.base - address
     code = program.data[at:at + stored]
-    calls = sum(struct.unpack_from("<i", code, m.end())[0] + m.end() + 4 == target
-                for m in re.finditer(rb"\xe8", code[:-4]))
-    print(name, "checks its stack in", calls, "places")
-    assert calls >= 5
+    functions = sorted((at - program.base - address, symbol) for symbol, at in known.items())
+    begin = {symbol: at for at, symbol in functions}
+    callers = [functions[bisect.bisect(functions, (m.start(), "~")) - 1][1] for m in re.finditer(rb"\xe8", code[:-4])
+               if struct.unpack_from("<i", code, m.end())[0] + m.end() + 4 == target]
+    ours = sum(caller.startswith("_ZN") and "2ca" in caller for caller in callers)
+    print(name, "checks its stack in", len(callers), "places,", ours, "of them in the project's own functions")
+    assert ours >= 3 and len(callers) > ours
+    # Both ways by which a library is looked for name the system's folder: LOAD_LIBRARY_SEARCH_SYSTEM32.
+    for function in ("__delayLoadHelper2", next(symbol for symbol in begin if "searchSystemFolderOnly" in symbol)):
+        at = begin[function]
+        end = next(start for start, _ in functions if start > at)
+        assert code[at:end].count(struct.pack("<I", 0x800)) == 1, function
 
 
 def resources(program, name, version=VERSION):
