@@ -1,6 +1,6 @@
 #include "helper/arguments.h"
 
-#include "helper/file_steps.h"
+#include "install/folders.h"
 
 #include <vector>
 
@@ -40,12 +40,6 @@ std::wstring fullPath(const std::wstring& path) {
     return full;
 }
 
-// Windows takes a full path in this form without its limit of 260 characters, to which a stage folder adds many. What
-// isn't a drive's path stays as it is.
-std::wstring withoutLimit(const std::wstring& path) {
-    return path.size() > 1 && path[1] == L':' ? L"\\\\?\\" + path : path;
-}
-
 // Splits "<folder><separator>.coldanchor-update<separator>stage-<stamp><separator>...".
 bool readStage(Arguments& arguments, wchar_t separator) {
     arguments.work = arguments.folder + separator + std::wstring(workFolderName);
@@ -61,14 +55,14 @@ bool readStage(Arguments& arguments, wchar_t separator) {
     arguments.stage = arguments.staged.substr(0, end);
     arguments.backup = arguments.work + separator + L"backup-" + stamp;
     for (std::wstring* path : {&arguments.work, &arguments.staged, &arguments.stage, &arguments.backup})
-        *path = withoutLimit(*path);
-    if (isLink(arguments.work))
+        *path = install::withoutLimit(*path);
+    if (install::isLink(arguments.work))
         return false;
     for (std::size_t at = arguments.stage.size(); at != std::wstring::npos;
          at = arguments.staged.find(separator, at + 1))
-        if (isLink(arguments.staged.substr(0, at)))
+        if (install::isLink(arguments.staged.substr(0, at)))
             return false;
-    return !isLink(arguments.staged);
+    return !install::isLink(arguments.staged);
 }
 
 } // namespace

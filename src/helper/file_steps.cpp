@@ -1,8 +1,8 @@
 #include "helper/file_steps.h"
 
+#include "install/folders.h"
 #include "install/retry.h"
 
-#include <string_view>
 #include <windows.h>
 
 namespace ca::helper {
@@ -11,14 +11,8 @@ namespace {
 
 // A scanner is done with a launcher long before.
 constexpr install::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longestPause = 2000};
-constexpr install::RetryTimes tidyingTimes{.limit = 2 * 1000, .firstPause = 50, .longestPause = 500};
 
 } // namespace
-
-bool isLink(const std::wstring& path) {
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
 
 bool isMissing(const std::wstring& path) {
     return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
@@ -33,7 +27,7 @@ bool isProgram(const std::wstring& file) {
 bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name) {
     const std::wstring copy = folder + name;
     ::CreateDirectoryW(folder.c_str(), nullptr); // mostly there already; a failure shows in the next step
-    if (isLink(folder))
+    if (install::isLink(folder))
         return false;
     // What is left there may be a second name of the target itself, which a copy would overwrite with itself.
     if (!isMissing(copy) && !install::withRetries(times, [&] { return ::DeleteFileW(copy.c_str()) != 0; }))
@@ -77,29 +71,6 @@ bool start(const std::wstring& program, const std::wstring& folder) {
     ::CloseHandle(process.hThread);
     ::CloseHandle(process.hProcess);
     return true;
-}
-
-void removeFolder(const std::wstring& folder) {
-    if (!isLink(folder)) {
-        // The limitless form of a path knows one kind of separator alone: the one that the path has.
-        const std::wstring inside = folder + folder.substr(folder.find_last_of(L"/\\"), 1);
-        WIN32_FIND_DATAW entry{};
-        const HANDLE search = ::FindFirstFileW((inside + L"*").c_str(), &entry);
-        if (search != INVALID_HANDLE_VALUE) {
-            do {
-                const std::wstring_view name = entry.cFileName;
-                if (name == L"." || name == L"..")
-                    continue;
-                if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                    removeFolder(inside + entry.cFileName);
-                else
-                    install::withRetries(tidyingTimes,
-                                         [&] { return ::DeleteFileW((inside + entry.cFileName).c_str()) != 0; });
-            } while (::FindNextFileW(search, &entry));
-            ::FindClose(search);
-        }
-    }
-    install::withRetries(tidyingTimes, [&] { return ::RemoveDirectoryW(folder.c_str()) != 0; });
 }
 
 } // namespace ca::helper

@@ -7,10 +7,6 @@
 
 namespace ca::helper {
 
-// Whether the path itself is a link to somewhere else; a link on the way would let the helper write or delete outside
-// the installation. False also for what is missing, and when the system doesn't tell.
-bool isLink(const std::wstring& path);
-
 // Whether nothing stands there. False also when the system doesn't tell.
 bool isMissing(const std::wstring& path);
 
@@ -30,9 +26,5 @@ bool moveOver(const std::wstring& from, const std::wstring& to);
 
 // Starts a program of the installation, in its folder, without arguments.
 bool start(const std::wstring& program, const std::wstring& folder);
-
-// Deletes the folder with all that it holds, each trying for two seconds. A link in it is deleted itself and never
-// followed. What can't be deleted stays.
-void removeFolder(const std::wstring& folder);
 
 } // namespace ca::helper

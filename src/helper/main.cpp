@@ -4,6 +4,7 @@
 #include "helper/arguments.h"
 #include "helper/file_steps.h"
 #include "helper/wait.h"
+#include "install/folders.h"
 #include "install/paths.h"
 
 using namespace ca::helper;
@@ -41,7 +42,7 @@ int main() {
         if (!start(arguments.target, arguments.folder))
             status = exitNothingStarts;
     }
-    if (!isLink(arguments.work))
-        removeFolder(arguments.stage); // also after a failure: nothing of it is ever used again
+    if (!ca::install::isLink(arguments.work))
+        ca::install::removeFolder(arguments.stage); // also after a failure: nothing of it is ever used again
     return status;
 }

@@ -1,3 +1,4 @@
+#include "install/folders.h"
 #include "install/paths.h"
 #include "install/text_file.h"
 #include "install/version_marker.h"
@@ -64,8 +65,8 @@ struct WorkFolders {
     }
 
     void removeStage() const {
-        std::error_code ignored; // a stage folder that stays costs space and nothing else
-        fs::remove_all(stage, ignored);
+        // Its files have longer paths than the installation's. A stage folder that stays costs space and nothing else.
+        install::removeFolder(install::withoutLimit(install::wideFromPath(fs::path(stage).make_preferred())));
     }
 };
 
