@@ -63,8 +63,13 @@ std::string configuration(std::uint16_t port, const NginxOptions& options) {
         "    default_type application/octet-stream;\n    types { }\n    sendfile on;\n    tcp_nopush on;\n";
     for (const char* module : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"})
         text += "    " + std::string(module) + "_temp_path temporary;\n";
-    text += "    server {\n        listen 127.0.0.1:" + std::to_string(port) + ";\n        root " +
-            quoted(std::filesystem::absolute(options.root)) + ";\n";
+    const bool secure = !options.certificate.empty();
+    text += "    server {\n        listen 127.0.0.1:" + std::to_string(port) + (secure ? " ssl" : "") +
+            ";\n        root " + quoted(std::filesystem::absolute(options.root)) + ";\n";
+    for (const char* directive : {"ssl_certificate", "ssl_certificate_key"})
+        if (secure)
+            text += "        " + std::string(directive) + " " + quoted(std::filesystem::absolute(options.certificate)) +
+                    ";\n";
     if (options.bytesPerSecond != 0)
         text += "        limit_rate " + std::to_string(options.bytesPerSecond) + ";\n";
     return text + options.serverDirectives + "\n    }\n}\n";
@@ -73,7 +78,8 @@ std::string configuration(std::uint16_t port, const NginxOptions& options) {
 } // namespace
 
 Nginx::Nginx(const std::filesystem::path& folder, const NginxOptions& options)
-    : folder_(std::filesystem::absolute(folder)) {
+    : folder_(std::filesystem::absolute(folder)),
+      origin_(options.certificate.empty() ? "http://127.0.0.1:" : "https://localhost:") {
     std::filesystem::create_directories(folder_);
     const Listener listener;
     port_ = listener.port();

@@ -9,9 +9,10 @@
 namespace ca::demo {
 
 struct NginxOptions {
-    std::filesystem::path root;       // the folder that is served
-    std::uint64_t bytesPerSecond = 0; // of each connection; 0 doesn't hold back
-    std::string serverDirectives;     // further lines of the server block, ahead of everything else
+    std::filesystem::path root;          // the folder that is served
+    std::uint64_t bytesPerSecond = 0;    // of each connection; 0 doesn't hold back
+    std::string serverDirectives;        // further lines of the server block, ahead of everything else
+    std::filesystem::path certificate{}; // PEM with its private key: serves https alone, under the name "localhost"
 };
 
 // One nginx in the foreground, with its configuration, logs and temporary files in `folder`, so that nothing of the
@@ -24,13 +25,14 @@ public:
     Nginx(const std::filesystem::path& folder, const NginxOptions& options);
 
     std::uint16_t port() const { return port_; }
-    std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
+    std::string url() const { return origin_ + std::to_string(port_); }
 
     // One line a request: method, target as it was sent, status, bytes of the body, user agent.
     std::filesystem::path accessLog() const { return folder_ / "access.log"; }
 
 private:
     std::filesystem::path folder_;
+    std::string origin_;
     std::uint16_t port_ = 0;
     std::unique_ptr<Process> server_;
 };
