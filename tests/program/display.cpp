@@ -15,7 +15,7 @@ namespace ca::test::display {
 
 namespace {
 
-std::unique_ptr<demo::Process> server;
+std::unique_ptr<demo::Process> server, manager;
 _XDisplay* connection = nullptr;
 unsigned long window = 0;
 
@@ -35,9 +35,11 @@ std::string startServer() {
     if (!connection)
         throw std::runtime_error("Xvfb doesn't answer");
     XSetErrorHandler([](_XDisplay*, XErrorEvent*) { return 0; }); // a window may go at any time
+    options = {};
+    options.environment = {"DISPLAY=" + number};
+    // Wine waits two seconds for the manager's word on each window that goes. Screens in memory have this font alone.
+    manager = std::make_unique<demo::Process>(std::vector<std::string>{"evilwm", "-fn", "fixed"}, options);
     if (!programRunner().empty()) { // whose desktop may still be that of an earlier test's server, which is gone
-        options = {};
-        options.environment = {"DISPLAY=" + number};
         demo::Process({programRunner()[0], "--stop"}, options).wait(std::chrono::seconds(60));
     }
     return number;
