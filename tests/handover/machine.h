@@ -31,7 +31,8 @@ struct Machine : Scenario {
             const std::string words = readFile(entry.path() / "cmdline");
             if (words.find(folder.path().filename()) != std::string::npos &&
                 words.find(launcherName) != std::string::npos && words.find("--wait-pid") == std::string::npos &&
-                words.find("pkexec") == std::string::npos && words.find("/bin/sh") == std::string::npos)
+                words.find("pkexec") == std::string::npos && words.find("/bin/sh") == std::string::npos &&
+                words.find("APPDATA=") == std::string::npos)
                 ids.push_back(std::stoi(entry.path().filename()));
         }
         return ids;
@@ -41,12 +42,6 @@ struct Machine : Scenario {
     void waitForSuccessor() {
         EXPECT_EQ(launcher->wait(std::chrono::seconds(20)), 0);
         EXPECT_TRUE(display::waitForWindow());
-    }
-
-    void expectCurrent() const {
-        for (const auto& [path, bytes] : contentsOf(tree))
-            EXPECT_TRUE(path.ends_with('/') || readFile(installation / path) == bytes) << path;
-        EXPECT_EQ(readFile(data / "game_version"), "1.4.2\n");
     }
 
     void closeSuccessor() const {

@@ -14,12 +14,11 @@ struct Player : Machine {
         fs::create_directory(player / "a ö");
         fs::permissions(player / "a ö", fs::perms(0777));
     }
-    // The launcher has started with these changes of its environment, and ended again.
-    void run(std::vector<std::string> changes) {
-        changes.insert(changes.begin(), "env");
-        if (::geteuid() == 0) // whom rights don't bind
-            changes.insert(changes.end(), {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
-        wrapper = changes;
+    // The launcher has started with these places for a player's files, and ended again.
+    void run(const std::optional<std::string>& local, const std::string& roaming = {}) {
+        if (::geteuid() == 0 && programRunner().empty()) // whom rights don't bind
+            wrapper = {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"};
+        variables = {{"LOCALAPPDATA", local}, {"APPDATA", roaming}};
         begin(start);
         see(current());
         close();
@@ -31,17 +30,16 @@ struct Player : Machine {
 TEST(UserData, GoesWhereTheEnvironmentSays) {
     Player s;
     fs::permissions(s.installation, fs::perms(0777));
-    const std::string a = s.player / "a ö";
-    using Row = std::pair<std::vector<std::string>, fs::path>;
-    for (const auto& [environment, saves] :
-         {Row({"LOCALAPPDATA=" + a + "/Ünal 船", "APPDATA=" + a + "/b"}, a + "/Ünal 船/ColdAnchor/saves"),
-          Row({"LOCALAPPDATA=", "APPDATA=" + a + "/b"}, a + "/b/ColdAnchor/saves"),
-          Row({"-u", "LOCALAPPDATA", "APPDATA=" + a + "/c"}, a + "/c/ColdAnchor/saves"),
-          Row({"LOCALAPPDATA=", "APPDATA="}, s.installation / "userdata/saves")}) {
-        SCOPED_TRACE(saves);
-        s.run(environment);
-        EXPECT_EQ(readFile(saves / "profile_v07.sav"), "ashore");
-        EXPECT_EQ(readFile(saves / "settings_v01.cfg"), "volume 3\n");
+    const fs::path a = s.player / "a ö";
+    using Row = std::tuple<std::optional<std::string>, std::string, fs::path>;
+    for (const auto& [local, roaming, folder] :
+         {Row(shownPath(a / "Ünal 船"), shownPath(a / "b"), a / "Ünal 船/ColdAnchor"),
+          Row("", shownPath(a / "b"), a / "b/ColdAnchor"), Row({}, shownPath(a / "c"), a / "c/ColdAnchor"),
+          Row("", "", s.installation / "userdata")}) {
+        SCOPED_TRACE(folder);
+        s.run(local, roaming);
+        EXPECT_EQ(readFile(folder / "saves/profile_v07.sav"), "ashore");
+        EXPECT_EQ(readFile(folder / "saves/settings_v01.cfg"), "volume 3\n");
     }
 }
 
@@ -54,9 +52,11 @@ TEST(UserData, LosesNothingWhereACopyFails) {
           Row("mkdir -p ColdAnchor/saves; chmod 555 ColdAnchor/saves", {}),
           Row("mkdir ColdAnchor; echo mine >ColdAnchor/saves", {})}) {
         SCOPED_TRACE(cause);
+        if (!programRunner().empty() && cause.find("chmod") != std::string::npos)
+            continue; // Wine runs as whoever runs the tests, whom rights may not bind
         Player s;
         change(s.player / "a ö", cause);
-        s.run({"LOCALAPPDATA=" + (s.player / "a ö").string()});
+        s.run(shownPath(s.player / "a ö"));
         Paths seen = s.changes();
         std::erase(seen, "a ö/"); // no longer empty
         EXPECT_EQ(seen, changes);

@@ -90,10 +90,8 @@ TEST(HelperDisk, WaitsForWhoHoldsTheLauncherOpen) {
     using Row = std::tuple<const char*, const char*, int>;
     for (const auto& [share, milliseconds, status] : {Row("0", "2000", 0), Row("1", "600000", 16)}) {
         const Installation i;
-        std::vector<std::string> command = programRunner();
-        command.insert(command.end(), {builtProgram("hold_file.exe"), shownPath(i.target), share, milliseconds,
-                                       shownPath(i.folder / "held")});
-        Process holder(command);
+        Process holder(commandOf(builtProgram("hold_file.exe"),
+                                 {shownPath(i.target), share, milliseconds, shownPath(i.folder / "held")}));
         EXPECT_TRUE(eventually([&] { return fs::exists(i.folder / "held"); }));
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(i.run(), status);

@@ -37,9 +37,8 @@ struct Installation {
                 "--target",   shownPath(target), "--relaunch", shownPath(target)};
     }
     std::unique_ptr<Process> begin(const std::vector<std::string>& words, std::vector<std::string> command = {}) const {
-        command.insert(command.end(), programRunner().begin(), programRunner().end());
-        command.push_back(builtProgram("ColdAnchorUpdateHelper.exe"));
-        command.insert(command.end(), words.begin(), words.end());
+        const auto helper = commandOf(builtProgram("ColdAnchorUpdateHelper.exe"), words);
+        command.insert(command.end(), helper.begin(), helper.end());
         demo::ProcessOptions options;
         options.environment = {"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
         return std::make_unique<Process>(command, options);

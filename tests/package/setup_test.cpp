@@ -65,7 +65,7 @@ void uninstall(const fs::path& folder, const std::set<std::string>& left) {
 
 // Below drive C, there or in the user's own folder; empty if it isn't there.
 std::string onDriveC(const std::string& name) {
-    const fs::path drive = testedBuild() / "wine-screen/drive_c";
+    const fs::path drive = testedBuild() / "wine-setup/drive_c";
     for (const auto& user : fs::directory_iterator(drive / "users"))
         if (const std::string path = drive / ("users/" + user.path().filename().string() + "/" + name);
             fs::exists(path))

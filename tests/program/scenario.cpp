@@ -42,6 +42,7 @@ job::SharedSnapshot updated() {
 }
 
 Scenario::Scenario() {
+    variables = {{"LOCALAPPDATA", shownPath(player / "local")}, {"APPDATA", shownPath(player / "roaming")}};
     release.version = "1.4.2";
     writeFile(tree / "data/first.dat", std::string(1000, '2'));
     writeFile(tree / "data/intact.dat", std::string(1000, 'i'));
@@ -70,9 +71,10 @@ void Scenario::makeCurrent() const {
     writeFile(data / "game_version", release.version + "\n");
 }
 
-void Scenario::serve(const std::string& directives) {
+void Scenario::serve(const std::string& directives, const fs::path& certificate) {
     server.reset();
-    server = std::make_unique<demo::Nginx>(folder / "nginx", demo::NginxOptions{folder / "channel", 0, directives});
+    server = std::make_unique<demo::Nginx>(folder / "nginx",
+                                           demo::NginxOptions{folder / "channel", 0, directives, certificate});
     writeFile(data / "update_server.txt", " " + server->url() + "\r\n");
 }
 
@@ -84,14 +86,25 @@ void Scenario::begin(Road road) {
     demo::ProcessOptions options;
     options.workingFolder = home;
     options.output = folder / "output";
-    for (const std::string& value : {"DISPLAY=" + display::name(), "LOCALAPPDATA=" + home + "/player/local",
-                                     "HOME=" + home, "XDG_RUNTIME_DIR=" + home, "LC_ALL=C.UTF-8"s, "http_proxy="s,
-                                     "SDL_RENDER_DRIVER=software"s, "SDL_FRAMEBUFFER_ACCELERATION=0"s}) // no OpenGL
-        options.environment.push_back(value);
-    std::vector<std::string> command = wrapper;
-    command.insert(command.end(), programRunner().begin(), programRunner().end());
-    command.push_back(installation / "ColdAnchorLauncher.exe");
-    launcher = std::make_unique<demo::Process>(command, options);
+    options.environment = {"DISPLAY=" + display::name(),
+                           "HOME=" + home,
+                           "XDG_RUNTIME_DIR=" + home,
+                           "LC_ALL=C.UTF-8",
+                           "http_proxy=",
+                           "SDL_RENDER_DRIVER=software",
+                           "SDL_FRAMEBUFFER_ACCELERATION=0"}; // no OpenGL
+    std::vector<std::string> words;
+    for (const auto& [name, value] : variables)
+        if (!value)
+            words.insert(words.end(), {"-u", name});
+    for (const auto& [name, value] : variables)
+        if (value)
+            words.push_back(name + "=" + *value);
+    words.push_back(shownPath(installation / "ColdAnchorLauncher.exe"));
+    // Wine sets a player's variables itself, so they have to be set behind it.
+    words = commandOf(programRunner().empty() ? "env" : builtProgram("env.exe"), words);
+    words.insert(words.begin(), wrapper.begin(), wrapper.end());
+    launcher = std::make_unique<demo::Process>(words, options);
     EXPECT_TRUE(display::waitForWindow()) << readFile(folder / "output");
 }
 
@@ -125,6 +138,12 @@ void Scenario::tryInputs(const job::SharedSnapshot& busy) {
         see(busy);
     }
     holdServer(false);
+}
+
+void Scenario::expectCurrent() const {
+    for (const auto& [path, bytes] : contentsOf(tree))
+        EXPECT_TRUE(path.ends_with('/') || readFile(installation / path) == bytes) << path;
+    EXPECT_EQ(readFile(data / "game_version"), release.version + "\n");
 }
 
 void Scenario::expectEnd() const {

@@ -10,6 +10,7 @@
 #include "unit/temporary_folder.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace ca::test {
 
@@ -32,7 +33,8 @@ struct Scenario {
     void makeOld() const;     // puts the installation into that state
     void makeCurrent() const; // makes it equal to what the channel offers
     void publish() const { demo::publish(tree, folder / "channel", release, privateKey); }
-    void serve(const std::string& directives = {}); // by a new server in place of the old one
+    // By a new server in place of the old one; with a certificate by https.
+    void serve(const std::string& directives = {}, const fs::path& certificate = {});
 
     void holdServer(bool held) const; // no byte and no answer while it is held
     void begin(Road road);            // a start returns with the first frame
@@ -43,6 +45,8 @@ struct Scenario {
     void tryInputs(const job::SharedSnapshot& busy); // all that a job ignores, while the server is held
     void close();                                    // by the window: the launcher ends at once
     void play(const std::string& key = {});          // by a click on PLAY or a key: the launcher ends, one game goes on
+
+    void expectCurrent() const; // every file that the channel offers, and the marker
 
     void remember() { before = contents(); } // as a start does
     // What differs since then in the player's folders: files, also where only their times do, and empty folders with a
@@ -60,7 +64,8 @@ struct Scenario {
     fs::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
     demo::Release release;
     std::unique_ptr<demo::Nginx> server;
-    std::vector<std::string> wrapper; // what the launcher is started through
+    std::vector<std::string> wrapper;                            // what the launcher is started through
+    std::map<std::string, std::optional<std::string>> variables; // of the launcher; paths as shownPath tells them
     std::unique_ptr<demo::Process> launcher;
     Contents before;
 

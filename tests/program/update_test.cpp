@@ -9,6 +9,8 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     Scenario s;
     fs::copy_file(s.installation / "ColdAnchor.exe", s.tree / "ColdAnchor.exe");
     writeFile(s.installation / "ColdAnchor.exe", "an old game");
+    const std::string deep = "maps/" + std::string(100, 'd') + "/" + std::string(100, 'e') + "/chart.dat";
+    writeFile(s.tree / deep, "a path that no program had once");
     s.release.mandatory = true;
     s.release.notes = "Cold Anchor v1.4.2\nADDED\n- A lighthouse whose keeper trades at night, if he is awake.";
     s.publish();
@@ -16,13 +18,11 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     auto ready = updated();
     ready.patchNotes = std::make_shared<std::string>(s.release.notes);
     s.see(ready);
-    for (const char* file : {"ColdAnchor.exe", "data/first.dat", "maps/Größe XL/Nord mole.pak"})
-        EXPECT_EQ(readFile(s.installation / file), readFile(s.tree / file)) << file;
-    EXPECT_EQ(readFile(s.data / "game_version"), "1.4.2\n");
+    s.expectCurrent();
     const std::string backup = "game/.coldanchor-update/backup-/";
     EXPECT_EQ(s.changes(),
               (Paths{backup + "ColdAnchor.exe", backup + "data/first.dat", "game/ColdAnchor.exe", "game/data/first.dat",
-                     "game/data/game_version", "game/maps/Größe XL/Nord mole.pak"}));
+                     "game/data/game_version", "game/maps/Größe XL/Nord mole.pak", "game/" + deep}));
     s.close();
 
     const auto lastWrite = fs::last_write_time(s.installation);
@@ -33,10 +33,55 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     EXPECT_EQ(s.changes(), Paths());
     EXPECT_EQ(fs::last_write_time(s.installation), lastWrite);
     const Paths requests = s.requests();
-    EXPECT_EQ(Paths(requests.begin() + 5, requests.end()),
+    EXPECT_EQ(Paths(requests.begin() + 6, requests.end()),
               (Paths{"/stable/windows/manifest.json", "/stable/windows/manifest.sig"}));
     s.play("Return");
     EXPECT_EQ(s.changes(), Paths());
+}
+
+// The whole game, by a launcher that has been installed and nothing more.
+TEST(Update, ComesBySecureConnectionsAlone) {
+    Scenario s;
+    change(s.folder.path(), R"(
+        new='-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes'
+        for name in known unknown; do
+            openssl req -x509 $new -subj "/CN=$name $$" -keyout $name.key -out $name.pem
+        done 2>made
+        issue() { # NAME HOST DAYS AUTHORITY
+            openssl req $new -subj /CN=$2 -addext subjectAltName=DNS:$2 -keyout $1 -out request
+            openssl x509 -req -in request -copy_extensions copy -days $3 -CA $4.pem -CAkey $4.key -CAcreateserial >>$1
+        } 2>made
+        issue good localhost 2 known
+        issue unknown localhost 2 unknown
+        issue other anchor.example 2 known
+        issue expired localhost -1 known
+        openssl x509 -in known.pem -outform der -out known.der)");
+    s.wrapper = {"env", "SSL_CERT_FILE=" + (s.folder / "known.pem").string()};
+    if (!programRunner().empty()) {
+        ca::demo::ProcessOptions screen;
+        screen.environment = {"DISPLAY=" + display::name()};
+        ca::demo::Process trust(commandOf(builtProgram("trust.exe"), {shownPath(s.folder / "known.der")}), screen);
+        EXPECT_EQ(trust.wait(std::chrono::seconds(20)), 0);
+    }
+    for (const char* file : {"first.dat", "intact.dat", "game_version"})
+        fs::remove(s.data / file);
+    // Wine has one number for all that is wrong with a certificate.
+    const std::string refused = programRunner().empty() ? "winhttp_send_failed_12175" : "winhttp_send_failed_12157";
+    for (const char* certificate : {"unknown", "other", "expired"}) {
+        SCOPED_TRACE(certificate);
+        s.serve({}, s.folder / certificate);
+        s.begin(start);
+        s.see(look(ServiceUnavailable, "UPDATE SERVICE UNAVAILABLE",
+                   refused + " // direct:" + refused + " // ONLINE LOGIN STILL REQUIRED", ""));
+        EXPECT_EQ(s.requests(), Paths());
+        EXPECT_EQ(s.changes(), Paths());
+        s.close();
+    }
+    s.serve({}, s.folder / "good");
+    s.begin(start);
+    s.see(updated());
+    s.expectCurrent();
+    s.close();
 }
 
 TEST(Update, ShowsItsStepsAndTakesNoInput) {

@@ -60,7 +60,8 @@ TEST(Window, ClosesAtOnceDuringAJob) {
         return size;
     };
     std::minstd_rand random(20240117);
-    for (int i = 0; i < 200 && !HasFailure(); ++i) {
+    const int rounds = programRunner().empty() ? 200 : 40; // a start takes a second under Wine
+    for (int i = 0; i < rounds && !HasFailure(); ++i) {
         const std::uintmax_t amount = i % 8 == 0 ? 0 : random() % 600'000;
         SCOPED_TRACE(testing::Message() << amount << " bytes");
         s.begin(start);

@@ -54,6 +54,15 @@ inline const std::vector<std::string>& programRunner() {
     return runner;
 }
 
+// A program of the tested build, and what it is given.
+inline std::vector<std::string> commandOf(const std::filesystem::path& program,
+                                          const std::vector<std::string>& words = {}) {
+    std::vector<std::string> command = programRunner();
+    command.push_back(program.string());
+    command.insert(command.end(), words.begin(), words.end());
+    return command;
+}
+
 // A path as the programs under test name it: behind a runner the host's files are drive Z.
 inline std::string shownPath(const std::filesystem::path& path) {
     std::string text = path.string();
