@@ -34,13 +34,10 @@ std::set<std::string> filesBelow(const fs::path& folder) {
 
 // The exit status. The options go in word by word: what follows /D= stands without quotation marks, up to the end.
 int run(const fs::path& program, const std::string& options) {
-    std::vector<std::string> command = programRunner();
-    command.push_back(program);
     std::istringstream words(options);
-    std::copy(std::istream_iterator<std::string>(words), {}, std::back_inserter(command));
-    ca::demo::ProcessOptions screen;
-    screen.environment = {"DISPLAY=" + display::name()};
-    return ca::demo::Process(command, screen).wait(std::chrono::seconds(60)).value_or(-1);
+    const auto command = commandOf(program, {std::istream_iterator<std::string>(words), {}});
+    display::open();
+    return ca::demo::Process(command).wait(std::chrono::seconds(60)).value_or(-1);
 }
 
 fs::path setupProgram() {

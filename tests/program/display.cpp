@@ -19,7 +19,18 @@ std::unique_ptr<demo::Process> server, manager;
 _XDisplay* connection = nullptr;
 unsigned long window = 0;
 
-std::string startServer() {
+int xdotool(std::vector<std::string> arguments, const std::filesystem::path& output = {}) {
+    demo::ProcessOptions options;
+    options.output = output;
+    arguments.insert(arguments.begin(), "xdotool");
+    return demo::Process(arguments, options).wait(std::chrono::seconds(20)).value();
+}
+
+} // namespace
+
+void open() {
+    if (connection)
+        return;
     int ends[2]{};
     demo::ProcessOptions options;
     options.inheritedFile = ::pipe2(ends, O_CLOEXEC) == 0 ? ends[1] : -1;
@@ -31,33 +42,15 @@ std::string startServer() {
     for (char c = 0; ::read(ends[0], &c, 1) == 1 && c != '\n';)
         number += c;
     ::close(ends[0]);
-    connection = XOpenDisplay(number.c_str());
+    ::setenv("DISPLAY", number.c_str(), 1);
+    connection = XOpenDisplay(nullptr);
     if (!connection)
         throw std::runtime_error("Xvfb doesn't answer");
     XSetErrorHandler([](_XDisplay*, XErrorEvent*) { return 0; }); // a window may go at any time
-    options = {};
-    options.environment = {"DISPLAY=" + number};
     // Wine waits two seconds for the manager's word on each window that goes. Screens in memory have this font alone.
-    manager = std::make_unique<demo::Process>(std::vector<std::string>{"evilwm", "-fn", "fixed"}, options);
-    if (!programRunner().empty()) { // whose desktop may still be that of an earlier test's server, which is gone
-        demo::Process({programRunner()[0], "--stop"}, options).wait(std::chrono::seconds(60));
-    }
-    return number;
-}
-
-int xdotool(std::vector<std::string> arguments, const std::filesystem::path& output = {}) {
-    demo::ProcessOptions options;
-    options.environment = {"DISPLAY=" + name()};
-    options.output = output;
-    arguments.insert(arguments.begin(), "xdotool");
-    return demo::Process(arguments, options).wait(std::chrono::seconds(20)).value();
-}
-
-} // namespace
-
-const std::string& name() {
-    static const std::string name = startServer();
-    return name;
+    manager = std::make_unique<demo::Process>(std::vector<std::string>{"evilwm", "-fn", "fixed"});
+    if (!programRunner().empty()) // whose desktop may still be that of an earlier test's server, which is gone
+        demo::Process({programRunner()[0], "--stop"}).wait(std::chrono::seconds(60));
 }
 
 bool findWindow() {

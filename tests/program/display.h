@@ -5,10 +5,10 @@
 
 namespace ca::test::display {
 
-const std::string& name(); // for the environment; the first call of any starts the screen
-bool findWindow();         // the launcher's, which the calls below mean; false while there is none
-bool waitForWindow();      // and for its first frame
-Picture picture();         // black when the window is gone
+void open();          // once, before all else; programs that are started from then on show their windows on it
+bool findWindow();    // the launcher's, which the calls below mean; false while there is none
+bool waitForWindow(); // and for its first frame
+Picture picture();    // black when the window is gone
 void click(int x, int y, int button = 1);
 void press(const std::string& key);
 void requestClose(); // what a window manager sends when the player closes the window

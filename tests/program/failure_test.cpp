@@ -116,11 +116,8 @@ TEST(FailedBackup, IsRolledBackWhereAProgramHoldsAFile) {
         GTEST_SKIP() << "an open file can be moved here";
     Scenario s;
     writeFile(s.installation / mole, "an old map"); // the last of the plan
-    ca::demo::ProcessOptions screen;
-    screen.environment = {"DISPLAY=" + display::name()};
-    ca::demo::Process holder(commandOf(builtProgram("hold_file.exe"),
-                                       {shownPath(s.installation / mole), "1", "600000", shownPath(s.folder / "held")}),
-                             screen);
+    ca::demo::Process holder(commandOf(builtProgram("hold_file.exe"), {shownPath(s.installation / mole), "1", "600000",
+                                                                       shownPath(s.folder / "held")}));
     EXPECT_TRUE(eventually([&] { return fs::exists(s.folder / "held"); }));
     s.begin(start);
     auto failed = look(Failed, "UPDATE FAILED - TRY AGAIN", "update_backup_failed:" + mole);

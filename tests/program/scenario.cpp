@@ -42,6 +42,7 @@ job::SharedSnapshot updated() {
 }
 
 Scenario::Scenario() {
+    display::open();
     variables = {{"LOCALAPPDATA", shownPath(player / "local")}, {"APPDATA", shownPath(player / "roaming")}};
     release.version = "1.4.2";
     writeFile(tree / "data/first.dat", std::string(1000, '2'));
@@ -86,13 +87,8 @@ void Scenario::begin(Road road) {
     demo::ProcessOptions options;
     options.workingFolder = home;
     options.output = folder / "output";
-    options.environment = {"DISPLAY=" + display::name(),
-                           "HOME=" + home,
-                           "XDG_RUNTIME_DIR=" + home,
-                           "LC_ALL=C.UTF-8",
-                           "http_proxy=",
-                           "SDL_RENDER_DRIVER=software",
-                           "SDL_FRAMEBUFFER_ACCELERATION=0"}; // no OpenGL
+    options.environment = {"HOME=" + home, "XDG_RUNTIME_DIR=" + home,    "LC_ALL=C.UTF-8",
+                           "http_proxy=",  "SDL_RENDER_DRIVER=software", "SDL_FRAMEBUFFER_ACCELERATION=0"}; // no OpenGL
     std::vector<std::string> words;
     for (const auto& [name, value] : variables)
         if (!value)
