@@ -10,7 +10,7 @@
 ; running, 740 /ALLUSERS /S without an administrator's rights.
 ;
 ; Whatever interrupts it, each file is the old one or the new one: they are written into a folder of their own inside the
-; installation and moved from there. Where an interrupted setup left that folder, the next one goes on.
+; installation and moved from there. Where a setup left that folder, the next one goes on.
 Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -142,6 +142,54 @@ Function ${UN}waitForPrograms
             Quit
         ${Loop}
     ${Next}
+FunctionEnd
+
+; Takes a folder from the stack and removes what is in it, and then the folder if it is empty. Links are removed and never
+; followed. In the folder $top, which may be a link itself, the player's own folders and the uninstaller stay.
+Function ${UN}removeFolder
+    Exch $0
+    Push $1
+    Push $2
+    ; Paths go into these calls by register: in a call's text an apostrophe of a name would end it.
+    System::Call "kernel32::GetFileAttributesW(w r0) i .r4"
+    IntOp $4 $4 & 0x400 ; FILE_ATTRIBUTE_REPARSE_POINT
+    ${If} $4 <> 0
+    ${AndIf} $0 != $top
+        Goto emptied
+    ${EndIf}
+    FindFirst $1 $2 "$0\*"
+    ${DoWhile} $2 != ""
+        ${If} $2 == "."
+        ${OrIf} $2 == ".."
+            Goto next
+        ${EndIf}
+        ${If} $0 == $top
+            ${If} $2 == "save"
+            ${OrIf} $2 == "userdata"
+            ${OrIf} $2 == "Uninstall.exe"
+                Goto next
+            ${EndIf}
+        ${EndIf}
+        StrCpy $3 "$0\$2"
+        System::Call "kernel32::GetFileAttributesW(w r3) i .r4"
+        IntOp $4 $4 & 0x10 ; FILE_ATTRIBUTE_DIRECTORY
+        ${If} $4 <> 0
+            Push $3
+            Call ${UN}removeFolder
+        ${Else}
+            System::Call "kernel32::SetFileAttributesW(w r3, i 0x80)" ; what is read-only can't be removed
+            System::Call "kernel32::DeleteFileW(w r3) i .r4"
+            ${IfThen} $4 = 0 ${|} StrCpy $failed 1 ${|}
+        ${EndIf}
+        next:
+        FindNext $1 $2
+    ${Loop}
+    FindClose $1
+    emptied:
+    System::Call "kernel32::RemoveDirectoryW(w r0)"
+    Pop $2
+    Pop $1
+    Pop $0
 FunctionEnd
 !macroend
 !insertmacro common ""
@@ -287,23 +335,39 @@ Function takeFolder
     ${EndIf}
 FunctionEnd
 
-; Called for each file of the stage: $R9 is its path, $R8 its folder's, $R7 its name. The caller needs $0 to $9.
+; Called for each file of the stage: $R9 is its path, $R8 its folder's, $R7 its name. The caller needs $0 to $9. A scanner
+; that looks at a new file lets go of it soon.
 Function putInPlace
     StrLen $R0 "$INSTDIR\${STAGE}"
     StrCpy $R0 $R8 "" $R0
     CreateDirectory "$INSTDIR$R0"
     StrCpy $R0 "$INSTDIR$R0\$R7"
     SetFileAttributes $R0 NORMAL ; a read-only file can't be replaced
-    System::Call "kernel32::MoveFileExW(w R9, w R0, i 9) i .R1" ; over what is there, and on the disk when it returns
-    ${IfThen} $R1 = 0 ${|} StrCpy $failed 1 ${|}
+    ${ForEach} $R3 1 20 + 1
+        ; The bytes reach the disk before the name does, or a power cut could leave a name without them.
+        System::Call "kernel32::CreateFileW(w R9, i 0x40000000, i 7, p 0, i 3, i 0, p 0) p .R2"
+        System::Call "kernel32::FlushFileBuffers(p R2) i .R1"
+        System::Call "kernel32::CloseHandle(p R2)"
+        ${If} $R1 <> 0
+            System::Call "kernel32::MoveFileExW(w R9, w R0, i 9) i .R1" ; over what is there
+        ${EndIf}
+        ${IfThen} $R1 <> 0 ${|} ${Break} ${|}
+        Sleep 100
+    ${Next}
     ClearErrors ; the caller takes them for the end of a folder
-    Push ""     ; go on
+    ${If} $R1 = 0
+        StrCpy $failed 1
+        Push StopLocate
+    ${Else}
+        Push "" ; go on
+    ${EndIf}
 FunctionEnd
 
 ; Leaves no folder that this setup made for nothing.
 Function removeStage
     SetOutPath "$TEMP" ; a working directory can't be removed
-    RMDir /r "$INSTDIR\${STAGE}"
+    Push "$INSTDIR\${STAGE}"
+    Call removeFolder
     RMDir "$INSTDIR"
 FunctionEnd
 
@@ -320,18 +384,28 @@ Section
         !insertmacro fail 3 "This folder holds other files. Please choose a new or an empty one."
     ${EndIf}
     Call waitForPrograms
-    StrCpy $failed 0
+    Call removeStage
+    ${If} ${FileExists} "$INSTDIR\${STAGE}\*" ; a link in it would lead to other people's files
+        !insertmacro fail 2 "A folder can't be removed: $INSTDIR\${STAGE}"
+    ${EndIf}
     ClearErrors
-    RMDir /r "$INSTDIR\${STAGE}"
     SetOutPath "$INSTDIR\${STAGE}"
     File /r "${FILES}/*"
     WriteUninstaller "$INSTDIR\${STAGE}\Uninstall.exe"
+    StrCpy $failed 0
     ${If} ${Errors}
         StrCpy $failed 1
+        Call removeStage
     ${Else}
         ${Locate} "$INSTDIR\${STAGE}" "/L=F" putInPlace
+        ${If} ${Errors}
+        ${OrIfNot} ${FileExists} "$INSTDIR\${LAUNCHER}" ; a scanner may have taken it out of the stage
+            StrCpy $failed 1
+        ${EndIf}
+        ${If} $failed = 0 ; else it shows the next setup that this folder is its own
+            Call removeStage
+        ${EndIf}
     ${EndIf}
-    Call removeStage
     ${If} $failed = 1
         !insertmacro fail 2 "A file can't be written. Is the disk full, or the folder protected?"
     ${EndIf}
@@ -404,49 +478,6 @@ Function un.onInit
     ${If} $0 = 0
         !insertmacro fail 3 "This folder holds no installation of Cold Anchor: $INSTDIR"
     ${EndIf}
-FunctionEnd
-
-; Takes a folder from the stack and removes what is in it, and then the folder if it is empty. Links are removed and never
-; followed. At the top the player's own folders and this program stay.
-Function un.removeFolder
-    Exch $0
-    Push $1
-    Push $2
-    FindFirst $1 $2 "$0\*"
-    ${DoWhile} $2 != ""
-        ${If} $2 == "."
-        ${OrIf} $2 == ".."
-            Goto next
-        ${EndIf}
-        ${If} $0 == $top
-            ${If} $2 == "save"
-            ${OrIf} $2 == "userdata"
-            ${OrIf} $2 == "Uninstall.exe"
-                Goto next
-            ${EndIf}
-        ${EndIf}
-        ; The path goes into these calls by register: in the call's text an apostrophe of a name would end it.
-        StrCpy $3 "$0\$2"
-        System::Call "kernel32::GetFileAttributesW(w r3) i .r4"
-        IntOp $4 $4 & 0x410 ; FILE_ATTRIBUTE_REPARSE_POINT, FILE_ATTRIBUTE_DIRECTORY
-        ${If} $4 = 0x10
-            Push $3
-            Call un.removeFolder
-        ${ElseIf} $4 = 0x410
-            System::Call "kernel32::RemoveDirectoryW(w r3)"
-        ${Else}
-            System::Call "kernel32::SetFileAttributesW(w r3, i 0x80)" ; what is read-only can't be removed
-            System::Call "kernel32::DeleteFileW(w r3) i .r4"
-            ${IfThen} $4 = 0 ${|} StrCpy $failed 1 ${|}
-        ${EndIf}
-        next:
-        FindNext $1 $2
-    ${Loop}
-    FindClose $1
-    System::Call "kernel32::RemoveDirectoryW(w r0)"
-    Pop $2
-    Pop $1
-    Pop $0
 FunctionEnd
 
 ; Takes the folder's entries of one scope away; those of another installation stay.

@@ -27,7 +27,7 @@ const char* const menuEntry = "AppData/Roaming/Microsoft/Windows/Start Menu/Prog
 std::set<std::string> filesBelow(const fs::path& folder) {
     std::set<std::string> names;
     for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (!entry.is_directory())
+        if (entry.is_symlink() || !entry.is_directory())
             names.insert(entry.path().lexically_relative(folder));
     return names;
 }
@@ -107,7 +107,8 @@ TEST(Setup, LeadsToTheGameAndBack) {
     writeFile(s.installation / "userdata/saves/profile_v07.sav", "level 4");
     ASSERT_EQ(install(s.installation), 0) << "a second time, over it";
     EXPECT_TRUE(fs::exists(s.installation / "ColdAnchor.exe"));
-    uninstall(s.installation, {"save/profile_v07.sav", "userdata/saves/profile_v07.sav"});
+    uninstall(s.installation, {"save/profile_v07.sav", "userdata/saves/profile_v07.sav",
+                               "maps/link"}); // Windows removes a link to a folder, Wine can't
     EXPECT_EQ(readFile(s.folder / "elsewhere/kept.txt"), "not ours");
     EXPECT_EQ(readFile(s.player / "local/ColdAnchor/saves/settings_v01.cfg"), "volume 7\n");
 }
@@ -149,9 +150,16 @@ TEST(Setup, TouchesNoFolderWithOtherThings) {
     const TemporaryFolder second;
     writeFile(second / "ColdAnchorSetup.new/data/update_server.txt", "half");
     writeFile(second / "assets/launcher/cold_anchor_launcher.png", "half");
+    fs::create_directory_symlink(folder.path(), second / "ColdAnchorSetup.new/link");
+    writeFile(second / "ColdAnchorLauncher.exe/in use", "so that it can't be replaced");
+    for (const char* hindrance : {"ColdAnchorSetup.new/link", "ColdAnchorLauncher.exe"}) {
+        EXPECT_EQ(install(second.path()), 2) << hindrance;
+        fs::remove_all(second / hindrance);
+    }
+    EXPECT_TRUE(fs::exists(own));
     EXPECT_EQ(install(second.path()), 0);
     EXPECT_EQ(filesBelow(second.path()), installed);
-    uninstall(installation.path(), {});
+    EXPECT_EQ(tryToUninstall(installation.path()), 0);
     EXPECT_NE(onDriveC(menuEntry), "");
     uninstall(second.path(), {});
     EXPECT_TRUE(eventually([] { return onDriveC(menuEntry).empty(); }));
