@@ -445,7 +445,9 @@ Function startLauncher
     ${If} $0 <> ${BST_CHECKED}
         Return
     ${EndIf}
-    ${If} $elevated = 1
+    Call isAdministrator
+    Pop $0
+    ${If} $0 = 1
         Exec '"$WINDIR\explorer.exe" "$INSTDIR\${LAUNCHER}"'
     ${Else}
         SetOutPath "$INSTDIR"
