@@ -31,10 +31,15 @@ bool isFolder(const std::string& path) {
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-DWORD attributesOf(const std::string& path) {
-    const DWORD kind = isFolder(path) ? FILE_ATTRIBUTE_DIRECTORY : 0;
-    const DWORD link = isLink(path) ? FILE_ATTRIBUTE_REPARSE_POINT : 0;
-    return (kind | link) != 0 ? kind | link : FILE_ATTRIBUTE_NORMAL;
+// Of what lstat told about a path.
+DWORD attributesOf(const struct stat& status, const std::string& path) {
+    if (S_ISLNK(status.st_mode)) {
+        return FILE_ATTRIBUTE_REPARSE_POINT | (isFolder(path) ? FILE_ATTRIBUTE_DIRECTORY : 0);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return FILE_ATTRIBUTE_DIRECTORY;
+    }
+    return S_ISREG(status.st_mode) ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_DEVICE;
 }
 
 class Search : public Object {
@@ -49,7 +54,11 @@ public:
             if (name == "." || name == ".." || !wide || wide->size() >= MAX_PATH) {
                 continue;
             }
-            entry.dwFileAttributes = attributesOf(prefix + name);
+            struct stat status {};
+            if (::lstat((prefix + name).c_str(), &status) != 0) {
+                continue; // gone meanwhile
+            }
+            entry.dwFileAttributes = attributesOf(status, prefix + name);
             std::wmemcpy(entry.cFileName, wide->c_str(), wide->size() + 1);
             return true;
         }
@@ -89,7 +98,7 @@ DWORD GetFileAttributesW(LPCWSTR path) {
         }
         return INVALID_FILE_ATTRIBUTES;
     }
-    return attributesOf(*name);
+    return attributesOf(status, *name);
 }
 
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {

@@ -6,13 +6,13 @@ namespace ca::install {
 
 FileHandle FileHandle::openForReading(const std::filesystem::path& path) {
     // Sharing deletion lets a scanner or the player's own tools go on with a file that a check is reading.
-    return FileHandle(::CreateFileW(wideFromPath(path).c_str(), GENERIC_READ,
+    return FileHandle(::CreateFileW(systemPath(path).c_str(), GENERIC_READ,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
 }
 
 FileHandle FileHandle::createForWriting(const std::filesystem::path& path) {
-    return FileHandle(::CreateFileW(wideFromPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+    return FileHandle(::CreateFileW(systemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 

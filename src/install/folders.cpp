@@ -11,6 +11,11 @@ namespace {
 
 constexpr RetryTimes tidyingTimes{.limit = 2 * 1000, .firstPause = 50, .longestPause = 500};
 
+bool isFolder(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 } // namespace
 
 std::wstring withoutLimit(const std::wstring& path) {
@@ -20,6 +25,15 @@ std::wstring withoutLimit(const std::wstring& path) {
 bool isLink(const std::wstring& path) {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool makeFolders(const std::wstring& folder) {
+    if (isFolder(folder) || ::CreateDirectoryW(folder.c_str(), nullptr))
+        return true;
+    const std::size_t end = folder.find_last_of(L"/\\");
+    if (::GetLastError() != ERROR_PATH_NOT_FOUND || end == std::wstring::npos || end == 0)
+        return isFolder(folder); // another process may just have made it
+    return makeFolders(folder.substr(0, end)) && (::CreateDirectoryW(folder.c_str(), nullptr) || isFolder(folder));
 }
 
 void removeFolder(const std::wstring& folder) {

@@ -13,6 +13,9 @@ std::wstring withoutLimit(const std::wstring& path);
 // installation. False also for what is missing, and when the system doesn't tell.
 bool isLink(const std::wstring& path);
 
+// Makes the folder and those above it that are missing. False if no folder stands there in the end.
+bool makeFolders(const std::wstring& folder);
+
 // Deletes the folder with all that it holds, trying each for two seconds. A link in it is deleted itself and never
 // followed. What can't be deleted stays. Takes a path without a separator at its end, of one kind of separator alone
 // where it is in the form without a limit.

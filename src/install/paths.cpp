@@ -1,5 +1,7 @@
 #include "install/paths.h"
 
+#include "install/folders.h"
+
 #include <type_traits>
 #include <vector>
 #include <windows.h>
@@ -45,6 +47,16 @@ Native nativeFromWide(const std::wstring& wide) {
         return utf8FromWide(wide);
 }
 
+// Whether the path has none of these attributes; `judge` tells of a link by the status of where it leads.
+template <typename Judge>
+bool hasKind(const fs::path& path, DWORD unwanted, Judge judge) {
+    const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & unwanted) == 0;
+    std::error_code ignored;
+    return judge(fs::status(path, ignored));
+}
+
 } // namespace
 
 fs::path executableDir() {
@@ -70,6 +82,12 @@ std::wstring wideFromPath(const fs::path& path) {
     return wideFromNative(path.native());
 }
 
+std::wstring systemPath(const fs::path& path) {
+    constexpr std::size_t longest = 239; // Windows wants room for a short name below a folder
+    std::wstring wide = wideFromPath(path);
+    return wide.size() <= longest ? wide : withoutLimit(wideFromPath(fs::path(path).make_preferred()));
+}
+
 fs::path pathFromWide(const std::wstring& wide) {
     return nativeFromWide<fs::path::string_type>(wide);
 }
@@ -85,8 +103,12 @@ std::wstring wideFromUtf8(std::string_view text) {
 }
 
 bool pathExists(const fs::path& path) {
-    std::error_code ignored;
-    return fs::exists(fs::status(path, ignored));
+    return hasKind(path, 0, [](const fs::file_status& status) { return fs::exists(status); });
+}
+
+bool isFile(const fs::path& path) {
+    return hasKind(path, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE,
+                   [](const fs::file_status& status) { return fs::is_regular_file(status); });
 }
 
 fs::path iconFile(const fs::path& installDir) {

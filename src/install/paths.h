@@ -30,11 +30,16 @@ std::string utf8FromPath(const std::filesystem::path& path);
 // The system's calls take and give wide text. Where paths are wide themselves they pass through unchanged, a name that
 // is no valid Unicode included; elsewhere they are UTF-8, whatever the locale. Any thread.
 std::wstring wideFromPath(const std::filesystem::path& path);
+// As wideFromPath, for the system's calls on files and folders. Windows takes paths of 260 characters only where it is
+// set up for them, and folders even earlier; from 240 on, a full path comes in the form that knows no such limit.
+std::wstring systemPath(const std::filesystem::path& path);
 std::filesystem::path pathFromWide(const std::wstring& wide);
 std::wstring wideFromUtf8(std::string_view text); // bytes that aren't UTF-8 become U+FFFD
 
-// Whether something stands there, of any kind. A path whose status can't be read counts as absent. Asks the disk.
+// Whether something stands there, of any kind; whether a file does. Links are followed. A path whose status can't be
+// read counts as absent. Asks the disk.
 bool pathExists(const std::filesystem::path& path);
+bool isFile(const std::filesystem::path& path);
 
 // Each takes the installation folder and touches no disk. Any thread.
 std::filesystem::path iconFile(const std::filesystem::path& installDir);

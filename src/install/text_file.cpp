@@ -1,6 +1,7 @@
 #include "install/text_file.h"
 
 #include "install/file_handle.h"
+#include "install/folders.h"
 #include "install/paths.h"
 #include "install/retry.h"
 
@@ -41,8 +42,8 @@ bool writeFlushed(const fs::path& path, std::string_view text) {
 // the version marker on every frame.
 bool moveOver(const fs::path& from, const fs::path& to) {
     constexpr RetryTimes times{.limit = 2000, .firstPause = 1, .longestPause = 4};
-    const std::wstring source = wideFromPath(from);
-    const std::wstring target = wideFromPath(to);
+    const std::wstring source = systemPath(from);
+    const std::wstring target = systemPath(to);
     return withRetries(times, [&] {
         return ::MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
     });
@@ -51,13 +52,12 @@ bool moveOver(const fs::path& from, const fs::path& to) {
 } // namespace
 
 bool writeTextFile(const fs::path& path, std::string_view text) {
-    std::error_code ignored; // a folder that can't be made shows when the file is opened
-    fs::create_directories(path.parent_path(), ignored);
+    makeFolders(systemPath(path.parent_path())); // a failure shows when the file is opened
     fs::path fresh = path;
     fresh += ".new";
     if (writeFlushed(fresh, text) && moveOver(fresh, path))
         return true;
-    fs::remove(fresh, ignored);
+    ::DeleteFileW(systemPath(fresh).c_str());
     return false;
 }
 

@@ -1,6 +1,8 @@
 #include "net/download.h"
 
 #include "install/file_handle.h"
+#include "install/folders.h"
+#include "install/paths.h"
 
 #include <array>
 #include <vector>
@@ -55,8 +57,8 @@ bool fetchText(std::string_view url, std::string& text, std::string& error) {
 
 bool downloadToFile(std::string_view url, const std::filesystem::path& destination, const DownloadProgress& progress,
                     std::string& error) {
-    std::error_code ignored; // a folder that can't be made shows when the file is opened
-    std::filesystem::create_directories(destination.parent_path(), ignored);
+    // A folder that can't be made shows when the file is opened.
+    install::makeFolders(install::systemPath(destination.parent_path()));
     const install::FileHandle file = install::FileHandle::createForWriting(destination);
     if (!file) {
         error = "download_destination_unwritable";

@@ -57,11 +57,7 @@ struct WorkFolders {
     }
 
     bool make() const {
-        std::error_code failed;
-        fs::create_directories(stage, failed);
-        if (!failed)
-            fs::create_directories(backup, failed);
-        return !failed;
+        return install::makeFolders(install::systemPath(stage)) && install::makeFolders(install::systemPath(backup));
     }
 
     void removeStage() const {
@@ -96,7 +92,7 @@ bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files
 }
 
 bool move(const fs::path& from, const fs::path& to, DWORD flags) {
-    return ::MoveFileExW(install::wideFromPath(from).c_str(), install::wideFromPath(to).c_str(), flags) != 0;
+    return ::MoveFileExW(install::systemPath(from).c_str(), install::systemPath(to).c_str(), flags) != 0;
 }
 
 // Moves one staged file into place and its predecessor into the backup folder.
@@ -106,16 +102,13 @@ bool installFile(const ManifestFile& file, const fs::path& installDir, const Wor
     RollbackEntry entry{installDir / relative, {}};
     const fs::path target = entry.target;
     const auto record = [&] { rollback.add(std::move(entry)); }; // once, as soon as there is something to undo
-    std::error_code failed;
-    fs::create_directories(target.parent_path(), failed);
-    if (failed)
+    if (!install::makeFolders(install::systemPath(target.parent_path())))
         return fail(error, "update_destination_failed:", file.path);
 
     const bool replaces = install::pathExists(target);
     if (replaces) {
-        std::error_code ignored;
         entry.backup = folders.backup / relative;
-        fs::create_directories(entry.backup.parent_path(), ignored); // a failure shows in the rename
+        install::makeFolders(install::systemPath(entry.backup.parent_path())); // a failure shows in the rename
         // A backup is never overwritten: where two names mean one file, the first backup is the player's.
         if (!move(target, entry.backup, 0))
             return fail(error, "update_backup_failed:", file.path);

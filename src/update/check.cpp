@@ -25,8 +25,7 @@ void scan(const fs::path& installDir, UpdatePlan& plan) {
     for (const ManifestFile& file : plan.manifest.files) {
         const fs::path relative = relativePath(file.path);
         fs::path target = installDir / relative;
-        std::error_code ignored;
-        const bool present = fs::is_regular_file(fs::status(target, ignored));
+        const bool present = install::isFile(target);
         if (present && sha256File(target) == file.sha256)
             continue;
         plan.totalBytes += file.size;

@@ -1,22 +1,21 @@
 #include "update/rollback.h"
 
+#include "install/folders.h"
 #include "install/paths.h"
 
 #include <windows.h>
 
 namespace ca::update {
 
-namespace fs = std::filesystem;
-
 namespace {
 
 void undo(const RollbackEntry& entry) {
-    std::error_code ignored; // every step: a backup that can't go back stays in the backup folder
-    fs::remove(entry.target, ignored);
+    // No step is checked: a backup that can't go back stays in the backup folder.
+    ::DeleteFileW(install::systemPath(entry.target).c_str());
     if (entry.backup.empty() || !install::pathExists(entry.backup))
         return;
-    fs::create_directories(entry.target.parent_path(), ignored);
-    ::MoveFileExW(install::wideFromPath(entry.backup).c_str(), install::wideFromPath(entry.target).c_str(),
+    install::makeFolders(install::systemPath(entry.target.parent_path()));
+    ::MoveFileExW(install::systemPath(entry.backup).c_str(), install::systemPath(entry.target).c_str(),
                   MOVEFILE_REPLACE_EXISTING);
 }
 

@@ -276,6 +276,7 @@ ULONGLONG GetTickCount64();
 // --- Folders and names ---
 
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_DEVICE = 0x40;
 inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFFU;
 inline constexpr DWORD SCS_64BIT_BINARY = 6;
@@ -286,8 +287,8 @@ struct WIN32_FIND_DATAW {
 };
 using LPWIN32_FIND_DATAW = WIN32_FIND_DATAW*;
 
-// FILE_ATTRIBUTE_DIRECTORY or FILE_ATTRIBUTE_NORMAL, with FILE_ATTRIBUTE_REPARSE_POINT for a symbolic link, which isn't
-// followed: a link to a folder has both bits, as on Windows.
+// FILE_ATTRIBUTE_DIRECTORY, FILE_ATTRIBUTE_NORMAL for a file, or FILE_ATTRIBUTE_DEVICE for a pipe and the like. A symbolic
+// link isn't followed and has FILE_ATTRIBUTE_REPARSE_POINT; one to a folder has both bits, as on Windows.
 DWORD GetFileAttributesW(LPCWSTR path);
 
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);

@@ -1,0 +1,44 @@
+#include "install/folders.h"
+#include "install/paths.h"
+#include "temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+using namespace ca::install;
+namespace fs = std::filesystem;
+
+TEST(Paths, TakeTheFormWithoutALimitWhereTheyAreLong) {
+    if (!std::is_same_v<fs::path::value_type, wchar_t>)
+        GTEST_SKIP() << "the limit is Windows'";
+    const std::wstring longest(234, L'd'), tooLong(235, L'd');
+    using Row = std::pair<std::wstring, std::wstring>;
+    for (const auto& [path, expected] :
+         {Row(L"C:/a/b", L"C:/a/b"), Row(L"C:/" + longest + L"/x", L"C:/" + longest + L"/x"),
+          Row(L"C:/" + tooLong + L"/x", L"\\\\?\\C:\\" + tooLong + L"\\x"),
+          Row(L"\\\\?\\C:\\" + tooLong, L"\\\\?\\C:\\" + tooLong),
+          Row(L"//server/share/" + tooLong, L"\\\\server\\share\\" + tooLong)})
+        EXPECT_EQ(systemPath(pathFromWide(path)), expected);
+}
+
+TEST(Paths, TellWhatStandsThere) {
+    const ca::test::TemporaryFolder folder;
+    const std::string deep = std::string(120, 'd') + "/" + std::string(120, 'e');
+    EXPECT_TRUE(makeFolders(systemPath(folder / deep / "folder")));
+    EXPECT_TRUE(makeFolders(systemPath(folder / deep / "folder")));
+    ca::test::writeFile(folder / deep / "file", "text");
+    EXPECT_FALSE(makeFolders(systemPath(folder / deep / "file")));
+    EXPECT_FALSE(makeFolders(systemPath(folder / deep / "file/below/it")));
+    std::error_code failed; // Wine makes no links
+    fs::create_symlink("file", folder / deep / "link", failed);
+    fs::create_directory_symlink("folder", folder / deep / "folder link", failed);
+    fs::create_symlink("nothing", folder / deep / "broken link", failed);
+    using Row = std::tuple<const char*, bool, bool>;
+    for (const auto& [name, exists, file] :
+         {Row("file", true, true), Row("folder", true, false), Row("none", false, false),
+          Row("none/below", false, false), Row("file/below", false, false), Row("link", !failed, !failed),
+          Row("folder link", !failed, false), Row("broken link", false, false)}) {
+        EXPECT_EQ(pathExists(folder / deep / name), exists) << name;
+        EXPECT_EQ(isFile(folder / deep / name), file) << name;
+    }
+    EXPECT_TRUE(failed || makeFolders(systemPath(folder / deep / "folder link/below")));
+}
