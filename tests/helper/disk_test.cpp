@@ -2,7 +2,6 @@
 
 #include "helper/installation.h"
 
-#include <regex>
 #include <sys/mount.h>
 #include <unistd.h>
 

