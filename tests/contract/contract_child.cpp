@@ -2,33 +2,22 @@
 //
 //   contract_child report FILE [ARGUMENT]...     writes its folder, its own path, DISPLAY and its arguments to FILE
 //   contract_child wait FILE                     the same, then ends when the file is gone
-//   contract_child leave PORT MICROSECONDS       returns from main while its other thread downloads
+//   contract_child leave URL MICROSECONDS        returns from main while its other thread downloads
 #include "contract.h"
-
-#include <winhttp.h>
+#include "net/download.h"
 
 using namespace ca::test;
 
-static void downloadForever(INTERNET_PORT port) {
-    for (std::vector<char> bytes(65536);;) {
-        const HINTERNET session = ::WinHttpOpen(L"Contract/1", WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, nullptr, nullptr, 0);
-        const HINTERNET server = ::WinHttpConnect(session, L"127.0.0.1", port, 0);
-        const HINTERNET request =
-            ::WinHttpOpenRequest(server, nullptr, L"/numbers.txt", nullptr, nullptr, nullptr, WINHTTP_FLAG_SECURE);
-        DWORD count = 1;
-        if (::WinHttpSendRequest(request, nullptr, 0, nullptr, 0, 0, 0) && ::WinHttpReceiveResponse(request, nullptr))
-            while (count > 0 && ::WinHttpReadData(request, bytes.data(), 65536, &count)) {
-            }
-        for (const HINTERNET handle : {request, server, session})
-            ::WinHttpCloseHandle(handle);
-    }
+static void downloadForever(const std::string& url) {
+    for (std::string text, error;;)
+        ca::net::fetchText(url, text, error);
 }
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.at(0) == "leave") {
         [[maybe_unused]] static std::thread* volatile neverJoined = // kept, so that nothing leaks
-            new std::thread(downloadForever, static_cast<INTERNET_PORT>(std::stoi(arguments.at(1))));
+            new std::thread(downloadForever, arguments.at(1));
         const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(std::stoi(arguments.at(2)));
         while (std::chrono::steady_clock::now() < end) {
         }

@@ -8,22 +8,16 @@ using namespace ca::test;
 
 // That digests and signatures are the right ones is the engine's test, on either system; here is what is refused.
 
-TEST(Hash, TakesPiecesAndEndsOnce) {
+TEST(Hash, EndsWithItsWholeDigest) {
     BCRYPT_ALG_HANDLE provider = nullptr;
+    BCRYPT_HASH_HANDLE hash = nullptr;
+    UCHAR text[] = "abc", digest[32];
     EXPECT_NE(::BCryptOpenAlgorithmProvider(&provider, L"SHA257", nullptr, 0), 0);
     ASSERT_EQ(::BCryptOpenAlgorithmProvider(&provider, BCRYPT_SHA256_ALGORITHM, nullptr, 0), 0);
-    UCHAR digests[2][32] = {};
-    for (auto& digest : digests) {
-        const bool whole = &digest == digests;
-        BCRYPT_HASH_HANDLE hash = nullptr;
-        UCHAR text[] = "abc";
-        EXPECT_EQ(::BCryptCreateHash(provider, &hash, nullptr, 0, nullptr, 0, 0), 0);
-        EXPECT_EQ(::BCryptHashData(hash, text, whole ? 3 : 1, 0), 0);
-        EXPECT_EQ(::BCryptHashData(hash, text + 1, whole ? 0 : 2, 0), 0);
-        EXPECT_TRUE(::BCryptFinishHash(hash, digest, 31, 0) != 0 && ::BCryptFinishHash(hash, digest, 32, 0) == 0);
-        EXPECT_TRUE(::BCryptDestroyHash(hash) == 0 && ::BCryptDestroyHash(nullptr) != 0);
-    }
-    EXPECT_EQ(std::memcmp(digests[0], digests[1], 32), 0);
+    EXPECT_EQ(::BCryptCreateHash(provider, &hash, nullptr, 0, nullptr, 0, 0), 0);
+    EXPECT_TRUE(::BCryptHashData(hash, text, 3, 0) == 0 && ::BCryptHashData(hash, text, 0, 0) == 0);
+    EXPECT_TRUE(::BCryptFinishHash(hash, digest, 31, 0) != 0 && ::BCryptFinishHash(hash, digest, 32, 0) == 0);
+    EXPECT_TRUE(::BCryptDestroyHash(hash) == 0 && ::BCryptDestroyHash(nullptr) != 0);
     EXPECT_TRUE(::BCryptCloseAlgorithmProvider(provider, 0) == 0 && ::BCryptCloseAlgorithmProvider(nullptr, 0) != 0);
 }
 
@@ -63,12 +57,10 @@ TEST(Pem, IsDecodedBetweenItsMarkers) {
     const std::string end = "-----END PUBLIC KEY-----\n";
     for (const auto& [text, result] :
          {Row(begin + "QUJD\nREVG\n" + end, "ABCDEF"), Row(begin + "QU JD\t\r\n" + end, "ABC"),
-          Row("-----BEGIN A-----\r\nQUJD\r\n-----END B-----\r\n", "ABC"),
-          Row("-----BEGIN A-----QUJD-----END A-----", "ABC"), Row("before\n" + begin + "QUJD\n" + end + "after", "ABC"),
-          Row(begin + "QUJD\n" + end + begin + "REVG\n" + end, "ABC"), Row(begin + "QUI=\n" + end, "AB"),
-          Row(begin + "QQ==\n" + end, "A"), Row(begin + "QUI\n" + end, "AB"), Row(begin + "QQ==REVG\n" + end, "A"),
-          Row(begin + "QU*D\n" + end, ""), Row(begin + "QU\xE9+\n" + end, ""), Row(begin + end, ""),
-          Row("QUJD\n" + end, ""), Row(begin + "QUJD\n", ""), Row("QUJD", ""),
+          Row("before\n-----BEGIN A-----QUJD-----END B-----after", "ABC"),
+          Row(begin + "QUJD\n" + end + begin + "REVG\n" + end, "ABC"), Row(begin + "QUI\n" + end, "AB"),
+          Row(begin + "QQ==REVG\n" + end, "A"), Row(begin + "QU*D\n" + end, ""), Row(begin + "QU\xE9+\n" + end, ""),
+          Row(begin + end, ""), Row("QUJD\n" + end, ""), Row(begin + "QUJD\n", ""),
           Row("----BEGIN A----\nQUJD\n----END A----\n", ""), Row("-----begin A-----\nQUJD\n-----end A-----", "")}) {
         const auto length = static_cast<DWORD>(text.size());
         DWORD size = 64;

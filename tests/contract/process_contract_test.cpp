@@ -70,7 +70,8 @@ TEST(Elevation, TellsStartedFromRefusedWithoutWaitingForTheEnd) {
 
 TEST(Processes, EndAtOnceUnderALiveDownload) {
     for (int moment = 0; moment < (onWindows ? 5 : 40); ++moment) {
-        const std::string line = "\"" + utf8FromPath(childProgram()) + "\" leave " + setting("TLS_PORT") + " " +
+        const std::string line = "\"" + utf8FromPath(childProgram()) +
+                                 "\" leave https://127.0.0.1:" + setting("TLS_PORT") + "/numbers.txt " +
                                  std::to_string(moment * moment * 40);
         ASSERT_EQ(std::system((onWindows ? "\"" + line + "\"" : line).c_str()), 0) << line;
     }
