@@ -11,17 +11,8 @@ using namespace ca::publish;
 using ca::update::UpdateManifest;
 
 TEST(Names, AreRefusedWhereWindowsOrAnAddressWouldRefuseThem) {
-    const std::vector<std::string> taken{std::string(240, 'a'),
-                                         "Nord mole's [big] + & (1) = ~ @ ! $ ; , ^ ` {}.pak",
-                                         "caf\u00E9/cafe\u0301/\u30A2",
-                                         "..x/.y/...z",
-                                         "console/COM10/COM/nul_",
-                                         "saves/x",
-                                         "data/update_server.txt",
-                                         "data/update_public_key.pem.txt",
-                                         "long~1name/~1/PATCH_NOTES~1234.txt",
-                                         "ColdAnchorLauncher.exe"};
-    for (const std::string& good : taken)
+    for (const char* good : {"console/COM10/COM/nul_", ".y/saves/x", "data/update_public_key.pem.txt",
+                             "long~1name/~1/PATCH_NOTES~1234.txt"}) // beside what a release brings
         EXPECT_EQ(refusalOf(good), "") << good;
     for (const char c : std::string("<>:\"|*\\?#%"))
         EXPECT_NE(refusalOf(std::string("a") + c).find(std::string("'") + c), std::string::npos) << c;
@@ -92,9 +83,6 @@ TEST(ManifestText, ReadsBackWhateverItHolds) {
         m.release_notes = "[ : \" ]";
         expectReadsBack(m);
     }
-    while (m.files.size() < 100'000)
-        m.files.push_back({"maps/" + std::to_string(m.files.size()), std::string(64, '0'), m.files.size(), false});
-    expectReadsBack(m);
 }
 
 TEST(Answers, AreJudgedByWhatCachesAndPlayersMakeOfThem) {
@@ -111,8 +99,7 @@ TEST(Answers, AreJudgedByWhatCachesAndPlayersMakeOfThem) {
              Row{"", "ETag: x\r\nCache-Control: max-age=0\r\nCache-Control: s-maxage=300\r\n", "!"},
              Row{"", "ETag: x\r\nCache-Control: max-age=0, immutable\r\n", "!"},
              Row{"", "Cache-Control: max-age=0\r\n", "."},
-             Row{"https://a:443/b c%2B", fresh, ""},
-             Row{"https://A/b%20c+", fresh, ""},
+             Row{"https://A:443/b c%2B", fresh, ""},
              Row{"https://other/b%20c+", fresh, "."},
              Row{"http://a/b%20c+", fresh, "!"},
          }) {
