@@ -321,9 +321,16 @@ Function isFolderOurs
     Push $2
 FunctionEnd
 
+; A folder that is empty now may be one for all games, and a removal would take the others with it: then it is one in it.
 Function takeFolder
     Call isFolderOurs
     Pop $0
+    ${GetFileName} $INSTDIR $1
+    ${DirState} $INSTDIR $2
+    ${If} $1 != "Cold Anchor"
+    ${AndIf} $2 = 0
+        StrCpy $0 0
+    ${EndIf}
     ${If} $0 = 0
         StrCpy $INSTDIR "$INSTDIR\Cold Anchor"
         Call isFolderOurs
@@ -333,6 +340,7 @@ Function takeFolder
         MessageBox MB_ICONEXCLAMATION "This folder holds other files. Please choose a new or an empty one."
         Abort
     ${EndIf}
+    SendMessage $mui.DirectoryPage.Directory ${WM_SETTEXT} 0 "STR:$INSTDIR" ; the page reads it behind this function
 FunctionEnd
 
 ; Called for each file of the stage: $R9 is its path, $R8 its folder's, $R7 its name. The caller needs $0 to $9. A scanner
