@@ -287,8 +287,8 @@ struct WIN32_FIND_DATAW {
 };
 using LPWIN32_FIND_DATAW = WIN32_FIND_DATAW*;
 
-// FILE_ATTRIBUTE_DIRECTORY, FILE_ATTRIBUTE_NORMAL for a file, or FILE_ATTRIBUTE_DEVICE for a pipe and the like. A symbolic
-// link isn't followed and has FILE_ATTRIBUTE_REPARSE_POINT; one to a folder has both bits, as on Windows.
+// FILE_ATTRIBUTE_DIRECTORY, FILE_ATTRIBUTE_NORMAL for a file, or FILE_ATTRIBUTE_DEVICE for a pipe and the like. A
+// symbolic link isn't followed and has FILE_ATTRIBUTE_REPARSE_POINT; one to a folder has both bits, as on Windows.
 DWORD GetFileAttributesW(LPCWSTR path);
 
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
