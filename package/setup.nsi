@@ -229,9 +229,8 @@ Function .onInit
     ${EndIf}
     ${If} $INSTDIR == "" ; no /D=, or with a folder that can't be one
         System::Call "kernel32::GetCommandLineW() w .r0"
-        ClearErrors
-        ${GetOptions} $0 "/D=" $1
-        ${IfNot} ${Errors}
+        System::Call "shlwapi::StrStrIW(w r0, w '/D=') p .r1" ; GetOptions overlooks one within quotation marks
+        ${If} $1 P<> 0
         ${AndIf} ${Silent}
             SetErrorLevel 3
             Quit

@@ -1,10 +1,9 @@
 // What a player meets: the setup program, the first start, and the removal. Runs on the host; the programs under Wine.
 #include "program/scenario.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <iterator>
+#include <iomanip>
 #include <set>
 #include <sstream>
 #include <sys/mount.h>
@@ -32,7 +31,8 @@ std::set<std::string> filesBelow(const fs::path& folder) {
     return names;
 }
 
-// The exit status. The options go in word by word: what follows /D= stands without quotation marks, up to the end.
+// The exit status. The options go in word by word: what follows /D= stands without quotation marks, up to the end. One
+// word with a blank, here within quotation marks, reaches the program within them.
 int run(const fs::path& program, const std::string& options) {
     std::istringstream words(options);
     const auto command = commandOf(program, {std::istream_iterator<std::string>(words), {}});
@@ -143,8 +143,8 @@ TEST(Setup, TouchesNoFolderWithOtherThings) {
     fs::copy(installation / "Uninstall.exe", folder / "Uninstall.exe");
     EXPECT_EQ(tryToUninstall(folder.path()), 3);
     EXPECT_EQ(filesBelow(folder.path()), (std::set<std::string>{own.filename(), launcher.filename(), "Uninstall.exe"}));
-    for (const char* nowhere : {"game", "C:/game", "C:\\"})
-        EXPECT_EQ(run(setupProgram(), std::string("/S /D=") + nowhere), 3) << nowhere;
+    for (const char* nowhere : {"/D=game", "/D=C:/game", "/D=C:\\", R"("/D=C:\\a game")"})
+        EXPECT_EQ(run(setupProgram(), std::string("/S ") + nowhere), 3) << nowhere;
 
     // One that an interrupted setup has left is its own, and one program's removal leaves another's menu entry.
     const TemporaryFolder second;
