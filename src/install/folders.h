@@ -1,5 +1,5 @@
-// Folders by their full wide paths, whatever the length, and never through a link. Calls the system alone, since the
-// update helper goes without every other library. Any thread; blocks on the disk.
+// Folders by their full wide paths, whatever the length. Calls the system alone, since the update helper goes without
+// every other library. Any thread; blocks on the disk.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ std::wstring withoutLimit(const std::wstring& path);
 // installation. False also for what is missing, and when the system doesn't tell.
 bool isLink(const std::wstring& path);
 
-// Makes the folder and those above it that are missing. False if no folder stands there in the end.
+// Makes the folder and those above it that are missing. False if no folder and no link to one stands there in the end.
 bool makeFolders(const std::wstring& folder);
 
 // Deletes the folder with all that it holds, trying each for two seconds. A link in it is deleted itself and never
