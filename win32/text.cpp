@@ -54,6 +54,11 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount,
     std::string_view rest(bytes, byteCount == -1 ? std::strlen(bytes) + 1 : static_cast<std::size_t>(byteCount));
     int count = 0;
     while (!rest.empty()) {
+        if (count < wideCount && static_cast<unsigned char>(rest.front()) < 0x80) { // by far the most
+            wide[count++] = rest.front();
+            rest.remove_prefix(1);
+            continue;
+        }
         const Decoded next = decode(rest);
         if (!next.valid && flags == MB_ERR_INVALID_CHARS) {
             return fail(ERROR_NO_UNICODE_TRANSLATION);
@@ -102,9 +107,13 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount,
 namespace ca::win32 {
 
 std::optional<std::string> toUtf8(std::wstring_view wide) {
-    std::string text;
+    // Most paths are ASCII up to a file's own name, and a check converts one for each file.
+    const auto ascii =
+        std::find_if(wide.begin(), wide.end(), [](wchar_t c) { return static_cast<char32_t>(c) >= 0x80; });
+    std::string text(static_cast<std::size_t>(ascii - wide.begin()), '\0');
+    std::transform(wide.begin(), ascii, text.begin(), [](wchar_t c) { return static_cast<char>(c); });
     text.reserve(wide.size());
-    for (const wchar_t wideCharacter : wide) {
+    for (const wchar_t wideCharacter : wide.substr(text.size())) {
         const auto character = static_cast<char32_t>(wideCharacter);
         if (character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF)) {
             fail(ERROR_INVALID_NAME);
