@@ -26,8 +26,8 @@ public:
     void offer(const Tree& tree) {
         const fs::path key = tree.folder / "data" / publicKey;
         fs::remove(key);
-        demo::publish(tree.folder, scratch_ / "channels" / tree.folder.filename(), {"1.4.2", "1.3.0", "Notes"},
-                      scratch_ / "update_private_key.pem");
+        demo::publish(tree.folder, scratch_ / "channels" / tree.folder.filename(),
+                      {"1.4.2", "1.3.0", "Notes"}, scratch_ / "update_private_key.pem");
         fs::create_directories(key.parent_path());
         fs::copy_file(scratch_ / publicKey, key);
     }
@@ -51,8 +51,8 @@ private:
     std::string fingerprint_;
 };
 
-// A program that prints the digests of the tree's files. All programs run in the tree, so that none of them has longer
-// paths to walk.
+// A program that prints the digests of the tree's files. All programs run in the tree, so that none
+// of them has longer paths to walk.
 Command digestsOf(Command program, const Tree& tree) {
     program.insert(program.end(), tree.names.begin(), tree.names.end());
     return program;
@@ -69,12 +69,13 @@ const Command openssl{"openssl", "dgst", "-sha256"};
 
 Row speedRow(Channels& channels, const Tree& tree, int rounds, double limit) {
     channels.offer(tree);
-    const std::vector<double> seconds =
-        alternate({[&] { return secondsOfProgram(channels.check(tree), channels.trustingIn(tree)); },
-                   [&] { return secondsOfProgram(digestsOf(openssl, tree), silentIn(tree)); },
-                   [&] { return secondsOfProgram(digestsOf({"sha256sum"}, tree), silentIn(tree)); }},
-                  rounds);
-    return {.work = "check " + std::to_string(tree.names.size()) + " files of " + sizeText(tree.size) + ", warm",
+    const std::vector<double> seconds = alternate(
+        {[&] { return secondsOfProgram(channels.check(tree), channels.trustingIn(tree)); },
+         [&] { return secondsOfProgram(digestsOf(openssl, tree), silentIn(tree)); },
+         [&] { return secondsOfProgram(digestsOf({"sha256sum"}, tree), silentIn(tree)); }},
+        rounds);
+    return {.work = "check " + std::to_string(tree.names.size()) + " files of " +
+                    sizeText(tree.size) + ", warm",
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("openssl dgst", seconds[1]),
             .also = timeCell("sha256sum", seconds[2]),
@@ -88,11 +89,11 @@ Row memoryRow(const Setting& setting, Channels& channels) {
     const Tree little = makeSparseFile(setting.scratch / "little", 4096);
     channels.offer(large);
     channels.offer(little);
-    const std::vector<double> peaks =
-        alternate({[&] { return peakOfProgram(channels.check(large), channels.trustingIn(large)); },
-                   [&] { return peakOfProgram(channels.check(little), channels.trustingIn(little)); },
-                   [&] { return peakOfProgram(digestsOf(openssl, large), silentIn(large)); }},
-                  3);
+    const std::vector<double> peaks = alternate(
+        {[&] { return peakOfProgram(channels.check(large), channels.trustingIn(large)); },
+         [&] { return peakOfProgram(channels.check(little), channels.trustingIn(little)); },
+         [&] { return peakOfProgram(digestsOf(openssl, large), silentIn(large)); }},
+        3);
     return {.work = "peak memory, check of one file of " + sizeText(large.size),
             .ours = memoryCell("", peaks[0]),
             .beside = memoryCell("ours, " + sizeText(little.size), peaks[1]),

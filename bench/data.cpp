@@ -18,12 +18,15 @@ void writeRandomFile(const fs::path& path, std::uintmax_t size, unsigned seed) {
     std::ofstream file(path, std::ios::binary);
     while (size != 0 && file) {
         std::generate(block.begin(), block.end(), std::ref(random));
-        const std::uintmax_t length = std::min<std::uintmax_t>(size, block.size() * sizeof block[0]);
-        file.write(reinterpret_cast<const char*>(block.data()), static_cast<std::streamsize>(length));
+        const std::uintmax_t length =
+            std::min<std::uintmax_t>(size, block.size() * sizeof block[0]);
+        file.write(reinterpret_cast<const char*>(block.data()),
+                   static_cast<std::streamsize>(length));
         size -= length;
     }
-    if (!file.flush())
+    if (!file.flush()) {
         throw std::runtime_error("can't write " + path.string());
+    }
 }
 
 std::string numbered(const std::string& name, int number, std::size_t digits) {
@@ -35,10 +38,12 @@ std::string numbered(const std::string& name, int number, std::size_t digits) {
 
 Tree makeTree(const fs::path& parent, int count, std::uintmax_t size) {
     Tree tree{parent / (std::to_string(count) + "x" + std::to_string(size)), {}, size};
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         tree.names.push_back(numbered("pack_", i / 100, 3) + numbered("/file_", i, 5) + ".pak");
-    if (fs::exists(tree.folder))
+    }
+    if (fs::exists(tree.folder)) {
         return tree;
+    }
     const fs::path fresh = parent / "fresh"; // only a whole tree gets its name
     fs::remove_all(fresh);
     for (int i = 0; i < count; ++i) {
@@ -59,28 +64,38 @@ Tree makeSparseFile(const fs::path& folder, std::uintmax_t size) {
 }
 
 std::string makeManifest(const ManifestShape& shape) {
-    nlohmann::ordered_json manifest{{"format", 1}, {"product", "cold-anchor"}, {"channel", "stable"}};
+    nlohmann::ordered_json manifest{
+        {"format", 1}, {"product", "cold-anchor"}, {"channel", "stable"}};
     manifest.update({{"platform", "windows"}, {"version", "1.4.2"}});
-    if (shape.optionalKeys)
-        manifest.update({{"protocol_version", 1}, {"minimum_online_version", "1.3.0"}, {"mandatory", false}});
-    if (shape.optionalKeys)
+    if (shape.optionalKeys) {
+        manifest.update(
+            {{"protocol_version", 1}, {"minimum_online_version", "1.3.0"}, {"mandatory", false}});
+    }
+    if (shape.optionalKeys) {
         manifest["release_notes"] = shape.notes;
+    }
     std::mt19937_64 random(1);
     std::string digest(64, '0');
     auto& files = manifest["files"] = nlohmann::ordered_json::array();
     for (int i = 0; i < shape.entries; ++i) {
-        std::generate(digest.begin(), digest.end(), [&random] { return "0123456789abcdef"[random() % 16]; });
-        const std::string path = numbered("data/Maps/Cold Harbour/region_", i / 500, 3) + numbered("/tile_", i, 6);
-        files.push_back({{"path", path + ".pak"}, {"sha256", digest}, {"size", random() >> 40}, {"executable", false}});
+        std::generate(digest.begin(), digest.end(),
+                      [&random] { return "0123456789abcdef"[random() % 16]; });
+        const std::string path =
+            numbered("data/Maps/Cold Harbour/region_", i / 500, 3) + numbered("/tile_", i, 6);
+        files.push_back({{"path", path + ".pak"},
+                         {"sha256", digest},
+                         {"size", random() >> 40},
+                         {"executable", false}});
     }
     return manifest.dump(shape.indent);
 }
 
 std::string makeNotes(std::size_t size) {
     std::string notes = "Cold Anchor v1.4.2\n";
-    for (int i = 1; notes.size() < size; ++i)
-        notes +=
-            "ADDED\n- Region " + std::to_string(i) + " has a harbour, a \"tide table\" and a way back to the ship.\n";
+    for (int i = 1; notes.size() < size; ++i) {
+        notes += "ADDED\n- Region " + std::to_string(i) +
+                 " has a harbour, a \"tide table\" and a way back to the ship.\n";
+    }
     return notes.substr(0, size);
 }
 

@@ -21,8 +21,8 @@ Tree makeTree(const std::filesystem::path& parent, int count, std::uintmax_t siz
 // One file of `size` bytes in a folder of its own; with no blocks on the disk.
 Tree makeSparseFile(const std::filesystem::path& folder, std::uintmax_t size);
 
-// A manifest's text for `entries` files with every optional key, written the way the publisher's JSON library does it:
-// one blank of indent a level, or all on one line for an indent of -1.
+// A manifest's text for `entries` files with every optional key, written the way the publisher's
+// JSON library does it: one blank of indent a level, or all on one line for an indent of -1.
 struct ManifestShape {
     int entries = 0;
     int indent = 1;

@@ -15,23 +15,27 @@ namespace {
 class Job {
 public:
     Job(const Setting& setting, const demo::Nginx& server, const Tree& tree)
-        : worker_(setting.worker), place_(setting.scratch / tree.folder.filename()), single_(tree.names.size() == 1) {
+        : worker_(setting.worker),
+          place_(setting.scratch / tree.folder.filename()),
+          single_(tree.names.size() == 1) {
         fs::create_directories(place_);
         const std::string base = server.url() + "/" + tree.folder.filename().string() + "/";
         firstUrl_ = base + tree.names.front();
         std::ofstream urls(list());
-        for (const std::string& name : tree.names)
+        for (const std::string& name : tree.names) {
             urls << base << name << '\n';
+        }
     }
 
     fs::path list() const { return place_ / "urls.txt"; }
     const std::string& firstUrl() const { return firstUrl_; }
 
-    // A new folder in place of the last. Many small files stay all the same: for a while after files have been dropped,
-    // a file system can be several times slower at making others.
+    // A new folder in place of the last. Many small files stay all the same: for a while after
+    // files have been dropped, a file system can be several times slower at making others.
     fs::path newTarget() {
-        if (single_)
+        if (single_) {
             fs::remove_all(target());
+        }
         ++targets_;
         fs::create_directories(target());
         return target();
@@ -39,7 +43,9 @@ public:
 
     Command ours() { return {worker_, "download", list(), newTarget()}; }
     Command curl() { return {"curl", "-s", "-o", newTarget() / "file", firstUrl()}; }
-    Command wget() { return {"wget", "-q", "--no-http-keep-alive", "-P", newTarget(), "-i", list()}; }
+    Command wget() {
+        return {"wget", "-q", "--no-http-keep-alive", "-P", newTarget(), "-i", list()};
+    }
 
 private:
     fs::path target() const { return place_ / std::to_string(targets_); }
@@ -54,7 +60,8 @@ private:
 Row largeRow(const Setting& setting, const demo::Nginx& server, const Tree& tree) {
     Job job(setting, server, tree);
     const std::vector<double> seconds =
-        alternate({[&] { return secondsOfProgram(job.ours(), {}); }, [&] { return secondsOfProgram(job.curl(), {}); }},
+        alternate({[&] { return secondsOfProgram(job.ours(), {}); },
+                   [&] { return secondsOfProgram(job.curl(), {}); }},
                   setting.rounds);
     return {.work = "download " + sizeText(tree.size),
             .ours = timeCell("", seconds[0]),
@@ -68,9 +75,11 @@ Row smallRow(const Setting& setting, const demo::Nginx& server) {
     const Tree tree = makeTree(setting.data, setting.sizes.downloads, 8 << 10);
     Job job(setting, server, tree);
     const std::vector<double> seconds =
-        alternate({[&] { return secondsOfProgram(job.ours(), {}); }, [&] { return secondsOfProgram(job.wget(), {}); }},
+        alternate({[&] { return secondsOfProgram(job.ours(), {}); },
+                   [&] { return secondsOfProgram(job.wget(), {}); }},
                   setting.shortRounds);
-    return {.work = "download " + std::to_string(tree.names.size()) + " files of " + sizeText(tree.size),
+    return {.work = "download " + std::to_string(tree.names.size()) + " files of " +
+                    sizeText(tree.size),
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("wget", seconds[1]),
             .figure = seconds[1] / seconds[0],
@@ -83,7 +92,8 @@ Row memoryRow(const Setting& setting, const demo::Nginx& server, const Tree& lar
     Job job(setting, server, large);
     Job littleJob(setting, server, little);
     const std::vector<double> peaks =
-        alternate({[&] { return peakOfProgram(job.ours(), {}); }, [&] { return peakOfProgram(littleJob.ours(), {}); },
+        alternate({[&] { return peakOfProgram(job.ours(), {}); },
+                   [&] { return peakOfProgram(littleJob.ours(), {}); },
                    [&] { return peakOfProgram(job.curl(), {}); }},
                   3);
     return {.work = "peak memory, download of " + sizeText(large.size),

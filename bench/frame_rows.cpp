@@ -23,8 +23,9 @@ constexpr int framesPerRun = 200;
 class Screen {
 public:
     Screen() {
-        if (!renderer_)
+        if (!renderer_) {
             throw std::runtime_error(SDL_GetError());
+        }
     }
     ~Screen() {
         SDL_DestroyRenderer(renderer_);
@@ -36,14 +37,16 @@ public:
     // Seconds of one frame: the copy of the record and all that is drawn from it.
     double frameSeconds(const std::filesystem::path& installDir, job::Shared& shared) const {
         const auto frames = [&] {
-            for (int i = 0; i < framesPerRun; ++i)
+            for (int i = 0; i < framesPerRun; ++i) {
                 launcher::drawScreen(renderer_, installDir, job::snapshotShared(shared), "");
+            }
         };
         return secondsOf(frames) / framesPerRun;
     }
 
 private:
-    SDL_Surface* surface_ = SDL_CreateSurface(launcher::windowWidth, launcher::windowHeight, SDL_PIXELFORMAT_XRGB8888);
+    SDL_Surface* surface_ =
+        SDL_CreateSurface(launcher::windowWidth, launcher::windowHeight, SDL_PIXELFORMAT_XRGB8888);
     SDL_Renderer* renderer_ = SDL_CreateSoftwareRenderer(surface_);
 };
 
@@ -57,9 +60,10 @@ void addFrameRows(const Setting& setting, std::vector<Row>& rows) {
     longNotes.state.patchNotes = std::make_shared<std::string>(makeNotes(longSize));
     job::Shared shortNotes;
     shortNotes.state.patchNotes = std::make_shared<std::string>(makeNotes(shortSize));
-    const std::vector<double> seconds = alternate({[&] { return screen.frameSeconds(setting.scratch, longNotes); },
-                                                   [&] { return screen.frameSeconds(setting.scratch, shortNotes); }},
-                                                  setting.shortRounds);
+    const std::vector<double> seconds =
+        alternate({[&] { return screen.frameSeconds(setting.scratch, longNotes); },
+                   [&] { return screen.frameSeconds(setting.scratch, shortNotes); }},
+                  setting.shortRounds);
     rows.push_back({.work = "a frame, " + sizeText(longSize) + " of notes",
                     .ours = timeCell("", seconds[0]),
                     .beside = timeCell("ours, " + sizeText(shortSize), seconds[1]),

@@ -1,6 +1,7 @@
-// bench_report FOLDER WORKER [--small]: makes every measurement with files in FOLDER and prints the table. The exit
-// status is 0 if every bar is reached, 1 if one is missed, and 2 if something can't be measured. Small sizes are for
-// trying the measurements out: starting a program then counts for more than its work, so no bar is judged.
+// bench_report FOLDER WORKER [--small]: makes every measurement with files in FOLDER and prints the
+// table. The exit status is 0 if every bar is reached, 1 if one is missed, and 2 if something can't
+// be measured. Small sizes are for trying the measurements out: starting a program then counts for
+// more than its work, so no bar is judged.
 #include "bench/rows.h"
 
 #include <cstdio>
@@ -27,7 +28,8 @@ bool measure(const fs::path& folder, const fs::path& worker, const Sizes& sizes)
     fs::create_directories(scratch);
     fs::create_directories(folder / "data");
     fs::current_path(scratch); // for what the measuring itself writes
-    const ca::bench::Setting setting{.sizes = sizes, .data = folder / "data", .scratch = scratch, .worker = worker};
+    const ca::bench::Setting setting{
+        .sizes = sizes, .data = folder / "data", .scratch = scratch, .worker = worker};
     std::vector<ca::bench::Row> rows;
     for (const auto& [name, addRows] : subjects) {
         std::cerr << "measuring " << name << "...\n";
@@ -45,7 +47,8 @@ int main(int count, char** arguments) try {
         std::cerr << "bench_report FOLDER WORKER [--small]\n";
         return 2;
     }
-    const bool good = measure(fs::absolute(arguments[1]), fs::absolute(arguments[2]), small ? smallSizes : Sizes{});
+    const bool good = measure(fs::absolute(arguments[1]), fs::absolute(arguments[2]),
+                              small ? smallSizes : Sizes{});
     return good || small ? 0 : 1;
 } catch (const std::exception& error) {
     std::cerr << "bench_report: " << error.what() << '\n';

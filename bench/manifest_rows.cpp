@@ -16,8 +16,9 @@ double parseSeconds(const std::string& text) {
     std::string error;
     bool good = false;
     const double seconds = secondsOf([&] { good = update::parseManifest(text, manifest, error); });
-    if (!good)
+    if (!good) {
         throw std::runtime_error("parseManifest: " + error);
+    }
     return seconds;
 }
 
@@ -33,7 +34,8 @@ std::string entries(int count) {
 Row speedRow(const Setting& setting, const std::string& work, const ManifestShape& shape, Bar bar) {
     const std::string text = makeManifest(shape);
     const std::vector<double> seconds =
-        alternate({[&] { return parseSeconds(text); }, [&] { return jsonSeconds(text); }}, setting.shortRounds);
+        alternate({[&] { return parseSeconds(text); }, [&] { return jsonSeconds(text); }},
+                  setting.shortRounds);
     return {.work = work,
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("nlohmann", seconds[1]),
@@ -44,9 +46,11 @@ Row speedRow(const Setting& setting, const std::string& work, const ManifestShap
 
 Row growthRow(const Setting& setting, const ManifestShape& shape) {
     const std::string single = makeManifest(shape);
-    const std::string twice = makeManifest({2 * shape.entries, shape.indent, shape.optionalKeys, shape.notes});
+    const std::string twice =
+        makeManifest({2 * shape.entries, shape.indent, shape.optionalKeys, shape.notes});
     const std::vector<double> seconds =
-        alternate({[&] { return parseSeconds(twice); }, [&] { return parseSeconds(single); }}, setting.shortRounds);
+        alternate({[&] { return parseSeconds(twice); }, [&] { return parseSeconds(single); }},
+                  setting.shortRounds);
     return {.work = entries(2 * shape.entries),
             .ours = timeCell("", seconds[0]),
             .beside = timeCell("ours, " + std::to_string(shape.entries), seconds[1]),
@@ -62,10 +66,13 @@ void addManifestRows(const Setting& setting, std::vector<Row>& rows) {
     const ManifestShape usual{count, 1, true, makeNotes(2000)};
     rows.push_back(speedRow(setting, entries(count) + ", indent 1", usual, Bar::AtLeast));
     rows.push_back(growthRow(setting, usual));
-    rows.push_back(speedRow(setting, entries(count) + ", compact", {count, -1, true, usual.notes}, Bar::None));
-    rows.push_back(speedRow(setting, entries(count) + ", bare header", {count, 1, false, ""}, Bar::None));
+    rows.push_back(
+        speedRow(setting, entries(count) + ", compact", {count, -1, true, usual.notes}, Bar::None));
+    rows.push_back(
+        speedRow(setting, entries(count) + ", bare header", {count, 1, false, ""}, Bar::None));
     std::string escapes(5 << 20, '"'); // two bytes each in the manifest
-    rows.push_back(speedRow(setting, "parse " + sizeText(2 * escapes.size()) + " of escapes in the notes",
+    rows.push_back(speedRow(setting,
+                            "parse " + sizeText(2 * escapes.size()) + " of escapes in the notes",
                             {1, 1, true, escapes}, Bar::None));
 }
 

@@ -12,18 +12,21 @@ namespace {
 void run(const Command& command, const demo::ProcessOptions& options) {
     demo::Process process(command, options);
     const std::optional<int> status = process.wait(std::chrono::minutes(30));
-    if (status != 0)
-        throw std::runtime_error(command.front() +
-                                 (status ? " ended with " + std::to_string(*status) : " doesn't end"));
+    if (status != 0) {
+        throw std::runtime_error(
+            command.front() + (status ? " ended with " + std::to_string(*status) : " doesn't end"));
+    }
 }
 
 } // namespace
 
 std::vector<double> alternate(const std::vector<Contestant>& contestants, int rounds) {
     std::vector<std::vector<double>> costs(contestants.size());
-    for (int round = 0; round < rounds; ++round)
-        for (std::size_t i = 0; i < contestants.size(); ++i)
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < contestants.size(); ++i) {
             costs[i].push_back(contestants[i]());
+        }
+    }
     std::vector<double> medians;
     for (std::vector<double>& cost : costs) {
         const auto middle = cost.begin() + rounds / 2;
@@ -43,16 +46,17 @@ double secondsOfProgram(const Command& command, const demo::ProcessOptions& opti
     return secondsOf([&] { run(command, options); });
 }
 
-// A process inherits the peak of the one that forked it, so a small program has to stand between this one and the
-// other.
+// A process inherits the peak of the one that forked it, so a small program has to stand between
+// this one and the other.
 double peakOfProgram(const Command& command, const demo::ProcessOptions& options) {
     const std::filesystem::path result = std::filesystem::absolute("peak.txt");
     Command timed{"time", "--quiet", "--format=%M", "--output=" + result.string()};
     timed.insert(timed.end(), command.begin(), command.end());
     run(timed, options);
     double kibibytes = 0;
-    if (!(std::ifstream(result) >> kibibytes))
+    if (!(std::ifstream(result) >> kibibytes)) {
         throw std::runtime_error("no peak of " + command.front());
+    }
     return kibibytes / 1024;
 }
 

@@ -1,5 +1,5 @@
-// Measuring: the same work done by several contestants in turn, so that whatever else the machine does hits all of
-// them.
+// Measuring: the same work done by several contestants in turn, so that whatever else the machine
+// does hits all of them.
 #pragma once
 
 #include "demo/process.h"
@@ -20,10 +20,12 @@ double secondsOf(const std::function<void()>& work);
 
 using Command = std::vector<std::string>;
 
-// Runs a program to its end, start and exit included. Both throw std::runtime_error unless the exit status is 0.
+// Runs a program to its end, start and exit included. Both throw std::runtime_error
+// unless the exit status is 0.
 double secondsOfProgram(const Command& command, const demo::ProcessOptions& options);
 
-// The most memory, in MiB, that the program ever had resident. Writes a file into the working folder.
+// The most memory, in MiB, that the program ever had resident. Writes a file
+// into the working folder.
 double peakOfProgram(const Command& command, const demo::ProcessOptions& options);
 
 } // namespace ca::bench

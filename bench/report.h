@@ -1,4 +1,5 @@
-// The table that a run prints: one row a measurement, our cost beside another's, and whether it reaches its bar.
+// The table that a run prints: one row a measurement, our cost beside another's, and
+// whether it reaches its bar.
 #pragma once
 
 #include <cstdint>

@@ -19,14 +19,15 @@ struct Sizes {
 
 struct Setting {
     Sizes sizes;
-    int rounds = 5;                // of works that take seconds
-    int shortRounds = 15;          // of shorter ones, which suffer more from what else the machine does
+    int rounds = 5;       // of works that take seconds
+    int shortRounds = 15; // of shorter ones, which suffer more from what else the machine does
     std::filesystem::path data;    // made once and kept
     std::filesystem::path scratch; // empty at the start, and removed at the end
     std::filesystem::path worker;  // the program that does what the launcher does
 };
 
-// The whole of a check, from the manifest's download to the last digest, against programs that only hash.
+// The whole of a check, from the manifest's download to the last digest, against
+// programs that only hash.
 void addCheckRows(const Setting& setting, std::vector<Row>& rows);
 // downloadToFile from a server on this machine.
 void addDownloadRows(const Setting& setting, std::vector<Row>& rows);

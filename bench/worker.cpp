@@ -26,12 +26,13 @@ bool check(const std::string& installation, const std::string& url) {
     updater.serverUrl = url;
     ca::update::UpdatePlan plan;
     std::string error;
-    if (!updater.check("stable", plan, error))
+    if (!updater.check("stable", plan, error)) {
         std::cerr << "check: " << error << '\n';
-    else if (!plan.files.empty())
+    } else if (!plan.files.empty()) {
         std::cerr << "check: " << plan.files.front().file.path << " differs\n";
-    else
+    } else {
         return true;
+    }
     return false;
 }
 
@@ -52,10 +53,12 @@ bool download(const std::string& list, const std::filesystem::path& folder) {
 
 int main(int count, char** arguments) {
     const std::string task = count == 4 ? arguments[1] : "";
-    if (task == "check")
+    if (task == "check") {
         return check(arguments[2], arguments[3]) ? 0 : 1;
-    if (task == "download")
+    }
+    if (task == "download") {
         return download(arguments[2], arguments[3]) ? 0 : 1;
+    }
     std::cerr << "check INSTALLATION URL, or download LIST FOLDER\n";
     return 2;
 }

@@ -13,7 +13,8 @@ namespace {
 constexpr int keyBits = 3072;
 
 std::string refusePassphrase(const fs::path& keyFile) {
-    throw std::runtime_error(keyFile.string() + " is encrypted, and nobody is asked for a passphrase here");
+    throw std::runtime_error(keyFile.string() +
+                             " is encrypted, and nobody is asked for a passphrase here");
 }
 
 } // namespace
@@ -22,7 +23,8 @@ std::string signText(std::string_view text, const fs::path& privateKeyPem) {
     return publish::PrivateKey(privateKeyPem, refusePassphrase).sign(text);
 }
 
-void publish(const fs::path& tree, const fs::path& channelRoot, const Release& release, const fs::path& privateKeyPem) {
+void publish(const fs::path& tree, const fs::path& channelRoot, const Release& release,
+             const fs::path& privateKeyPem) {
     publish::ReleaseOrder order;
     order.tree = tree;
     order.root = channelRoot;
@@ -35,12 +37,14 @@ void publish(const fs::path& tree, const fs::path& channelRoot, const Release& r
     order.allowOlder = order.allowNewKey = order.linked = true;
     order.keep = 0;
     order.threads = std::thread::hardware_concurrency();
-    publish::makeRelease(order, refusePassphrase, [](const std::string&) {}); // what it warns of is meant here
+    // what it warns of is meant here
+    publish::makeRelease(order, refusePassphrase, [](const std::string&) {});
 }
 
 void makeKeyPair(const fs::path& folder) {
-    for (const char* name : {publish::privateKeyName, publish::publicKeyName})
+    for (const char* name : {publish::privateKeyName, publish::publicKeyName}) {
         fs::remove(folder / name);
+    }
     publish::makeKeyPair(folder, keyBits, std::nullopt);
 }
 

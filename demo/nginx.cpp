@@ -12,8 +12,9 @@
 namespace ca::demo {
 namespace {
 
-// A listening socket on a free loopback port. It is handed to nginx open, so that no other program can take the port in
-// between and nobody has to wait until the server is up: early requests stand in the socket's queue.
+// A listening socket on a free loopback port. It is handed to nginx open, so that no other program
+// can take the port in between and nobody has to wait until the server is up: early requests stand
+// in the socket's queue.
 class Listener {
 public:
     Listener() : file_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -46,32 +47,41 @@ private:
 std::string quoted(const std::filesystem::path& path) {
     std::string result = "\"";
     for (const char character : path.string()) {
-        if (character == '"' || character == '\\' || character == '$')
+        if (character == '"' || character == '\\' || character == '$') {
             throw std::runtime_error("nginx can't be given the path " + path.string());
+        }
         result += character;
     }
     return result + "\"";
 }
 
 std::string configuration(std::uint16_t port, const NginxOptions& options) {
-    std::string text = ::geteuid() == 0 ? "user root root;\n" : ""; // else workers can't read root's own folders
-    text +=
-        "daemon off;\nworker_processes 1;\npid nginx.pid;\nerror_log error.log;\nevents { worker_connections 512; }\n"
-        "http {\n"
-        "    log_format requests '$request_method $request_uri $status $body_bytes_sent $http_user_agent';\n"
-        "    access_log access.log requests;\n"
-        "    default_type application/octet-stream;\n    types { }\n    sendfile on;\n    tcp_nopush on;\n";
-    for (const char* module : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"})
+    // else workers can't read root's own folders
+    std::string text = ::geteuid() == 0 ? "user root root;\n" : "";
+    text += "daemon off;\nworker_processes 1;\npid nginx.pid;\nerror_log error.log;\nevents { "
+            "worker_connections 512; }\n"
+            "http {\n"
+            "    log_format requests '$request_method $request_uri $status $body_bytes_sent "
+            "$http_user_agent';\n"
+            "    access_log access.log requests;\n"
+            "    default_type application/octet-stream;\n    types { }\n    sendfile on;\n    "
+            "tcp_nopush on;\n";
+    for (const char* module : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
         text += "    " + std::string(module) + "_temp_path temporary;\n";
+    }
     const bool secure = !options.certificate.empty();
-    text += "    server {\n        listen 127.0.0.1:" + std::to_string(port) + (secure ? " ssl" : "") +
-            ";\n        root " + quoted(std::filesystem::absolute(options.root)) + ";\n";
-    for (const char* directive : {"ssl_certificate", "ssl_certificate_key"})
-        if (secure)
-            text += "        " + std::string(directive) + " " + quoted(std::filesystem::absolute(options.certificate)) +
-                    ";\n";
-    if (options.bytesPerSecond != 0)
+    text += "    server {\n        listen 127.0.0.1:" + std::to_string(port) +
+            (secure ? " ssl" : "") + ";\n        root " +
+            quoted(std::filesystem::absolute(options.root)) + ";\n";
+    for (const char* directive : {"ssl_certificate", "ssl_certificate_key"}) {
+        if (secure) {
+            text += "        " + std::string(directive) + " " +
+                    quoted(std::filesystem::absolute(options.certificate)) + ";\n";
+        }
+    }
+    if (options.bytesPerSecond != 0) {
         text += "        limit_rate " + std::to_string(options.bytesPerSecond) + ";\n";
+    }
     return text + options.serverDirectives + "\n    }\n}\n";
 }
 
@@ -86,16 +96,19 @@ Nginx::Nginx(const std::filesystem::path& folder, const NginxOptions& options)
     std::ofstream file(folder_ / "nginx.conf", std::ios::binary);
     file << configuration(port_, options);
     file.close();
-    if (!file)
+    if (!file) {
         throw std::runtime_error("can't write " + (folder_ / "nginx.conf").string());
+    }
 
     ProcessOptions process;
     process.output = folder_ / "error.log";
     process.inheritedFile = listener.file();
-    process.environment = {"NGINX=" + std::to_string(listener.file()) + ";"}; // nginx adopts the sockets named here
-    server_ = std::make_unique<Process>(
-        std::vector<std::string>{"nginx", "-p", folder_.string() + "/", "-c", "nginx.conf", "-e", "error.log"},
-        process);
+    // nginx adopts the sockets named here
+    process.environment = {"NGINX=" + std::to_string(listener.file()) + ";"};
+    server_ =
+        std::make_unique<Process>(std::vector<std::string>{"nginx", "-p", folder_.string() + "/",
+                                                           "-c", "nginx.conf", "-e", "error.log"},
+                                  process);
 }
 
 } // namespace ca::demo

@@ -9,16 +9,18 @@
 namespace ca::demo {
 
 struct NginxOptions {
-    std::filesystem::path root;          // the folder that is served
-    std::uint64_t bytesPerSecond = 0;    // of each connection; 0 doesn't hold back
-    std::string serverDirectives;        // further lines of the server block, ahead of everything else
-    std::filesystem::path certificate{}; // PEM with its private key: serves https alone, under the name "localhost"
+    std::filesystem::path root;       // the folder that is served
+    std::uint64_t bytesPerSecond = 0; // of each connection; 0 doesn't hold back
+    std::string serverDirectives;     // further lines of the server block, ahead of everything else
+    // PEM with its private key: serves https alone, under the name "localhost"
+    std::filesystem::path certificate{};
 };
 
-// One nginx in the foreground, with its configuration, logs and temporary files in `folder`, so that nothing of the
-// system's own server is touched and no rights are needed. Requests are answered from the moment the object exists: the
-// port is open before nginx starts. Stopped with the object. A connection serves one request after the other; files are
-// sent as application/octet-stream, and a missing one is a plain 404.
+// One nginx in the foreground, with its configuration, logs and temporary files in `folder`, so
+// that nothing of the system's own server is touched and no rights are needed. Requests are
+// answered from the moment the object exists: the port is open before nginx starts. Stopped with
+// the object. A connection serves one request after the other; files are sent as
+// application/octet-stream, and a missing one is a plain 404.
 class Nginx {
 public:
     // Throws std::runtime_error if nginx isn't installed or can't start.

@@ -41,16 +41,18 @@ void writeText(const fs::path& path, std::string_view text) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
     file.close();
-    if (!file)
+    if (!file) {
         throw std::runtime_error("can't write " + path.string());
+    }
 }
 
-// Bytes that no compressor shrinks, the same at every run: a 64-bit counter through a mixing function, seeded by the
-// name.
+// Bytes that no compressor shrinks, the same at every run: a 64-bit counter through a mixing
+// function, seeded by the name.
 void writeNoise(const fs::path& root, const std::string& path, std::size_t size) {
     std::uint64_t seed = 14695981039346656037ULL;
-    for (const char character : path)
+    for (const char character : path) {
         seed = (seed ^ static_cast<unsigned char>(character)) * 1099511628211ULL;
+    }
     std::string content((size + 7) / 8 * 8, '\0');
     for (std::size_t at = 0; at < content.size(); at += 8) {
         seed += 0x9E3779B97F4A7C15ULL;
@@ -68,8 +70,9 @@ void makeOlder(const fs::path& path) {
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(static_cast<std::streamoff>(size / 2));
     file.put('~');
-    if (!file.flush())
+    if (!file.flush()) {
         throw std::runtime_error("can't change " + path.string());
+    }
 }
 
 } // namespace
@@ -77,11 +80,13 @@ void makeOlder(const fs::path& path) {
 const char* releaseNotes() {
     return "Cold Anchor v1.4.2\n"
            "ADDED\n"
-           "- Cold Harbour: a sixth map, with a pier that gives way under too much cargo and a lighthouse whose keeper "
+           "- Cold Harbour: a sixth map, with a pier that gives way under too much cargo and a "
+           "lighthouse whose keeper "
            "trades at night.\n"
            "- Weather reaches the hold: unlashed crates slide from 20 degrees on.\n"
            "IMPROVED\n"
-           "- The anchor's chain holds longer in deep water and tells by its sound when it is about to break.\n"
+           "- The anchor's chain holds longer in deep water and tells by its sound when it is "
+           "about to break.\n"
            "- Maps load in half the time.\n"
            "FIXED\n"
            "- A crew of five no longer loses its fifth member at the extraction.\n"
@@ -97,11 +102,18 @@ const char* releaseNotes() {
 
 void writeRelease(const fs::path& tree, const fs::path& programs) {
     fs::create_directories(tree);
-    for (const char* name : {"ColdAnchorLauncher.exe", "ColdAnchorUpdateHelper.exe", "ColdAnchor.exe"})
+    for (const char* name :
+         {"ColdAnchorLauncher.exe", "ColdAnchorUpdateHelper.exe", "ColdAnchor.exe"}) {
         fs::copy_file(programs / name, tree / name);
-    for (const Series& one : series)
-        for (int number = 1; number <= one.count; ++number)
-            writeNoise(tree, std::string(one.folder) + "/" + one.name + std::to_string(number) + one.ending, one.size);
+    }
+    for (const Series& one : series) {
+        for (int number = 1; number <= one.count; ++number) {
+            writeNoise(tree,
+                       std::string(one.folder) + "/" + one.name + std::to_string(number) +
+                           one.ending,
+                       one.size);
+        }
+    }
     writeNoise(tree, "data/Maps/Cold Harbour.pak", 3'000'000);
     writeText(tree / "data/patch_notes.txt", releaseNotes());
     fs::copy(programs / "assets", tree / "assets", fs::copy_options::recursive);
@@ -110,32 +122,41 @@ void writeRelease(const fs::path& tree, const fs::path& programs) {
 const char* nextReleaseNotes() {
     return "Cold Anchor v1.4.3\n"
            "LAUNCHER\n"
-           "- A new launcher takes the place of the old one and starts by itself; its version stands at the bottom.\n"
+           "- A new launcher takes the place of the old one and starts by itself; its version "
+           "stands at the bottom.\n"
            "ADDED\n"
            "- Cold Harbour 7: the ice road, open while the sea is frozen.\n";
 }
 
 void writeNextRelease(const fs::path& nextTree, const fs::path& tree, const fs::path& programs) {
     fs::copy(tree, nextTree, fs::copy_options::recursive | fs::copy_options::create_hard_links);
-    for (const char* changed : {"ColdAnchorLauncher.exe", "data/patch_notes.txt"})
+    for (const char* changed : {"ColdAnchorLauncher.exe", "data/patch_notes.txt"}) {
         fs::remove(nextTree / changed); // the first release keeps its own
+    }
     fs::copy_file(programs / "next/ColdAnchorLauncher.exe", nextTree / "ColdAnchorLauncher.exe");
     writeText(nextTree / "data/patch_notes.txt", nextReleaseNotes());
     writeNoise(nextTree, "data/Maps/Cold Harbour 7.pak", 12'000'000);
 }
 
-void writeInstallation(const fs::path& installation, const fs::path& tree, const fs::path& publicKey) {
+void writeInstallation(const fs::path& installation, const fs::path& tree,
+                       const fs::path& publicKey) {
     fs::copy(tree, installation, fs::copy_options::recursive);
-    for (const char* damaged : {"data/Maps/Cold Harbour 2.pak", "data/Maps/Größe XL/Nordmole 3.pak",
-                                "data/textures/données/écume_7.tex", "data/scripts/missions/act one/mission 12.lua"})
+    for (const char* damaged :
+         {"data/Maps/Cold Harbour 2.pak", "data/Maps/Größe XL/Nordmole 3.pak",
+          "data/textures/données/écume_7.tex", "data/scripts/missions/act one/mission 12.lua"}) {
         makeOlder(installation / damaged);
-    for (int number = 1; number <= 12; ++number)
+    }
+    for (int number = 1; number <= 12; ++number) {
         makeOlder(installation / ("data/textures/terrain/tile_" + std::to_string(number) + ".tex"));
-    for (const char* missing : {"data/Maps/Cold Harbour 6.pak", "data/sounds/weather/gale 30.snd"})
+    }
+    for (const char* missing :
+         {"data/Maps/Cold Harbour 6.pak", "data/sounds/weather/gale 30.snd"}) {
         fs::remove(installation / missing);
+    }
     fs::remove_all(installation / "data/sounds/アンカー");
     writeText(installation / "data/patch_notes.txt",
-              std::string("Cold Anchor v") + installedVersion + "\nFIXED\n- The fog lifts in the morning.\n");
+              std::string("Cold Anchor v") + installedVersion +
+                  "\nFIXED\n- The fog lifts in the morning.\n");
     writeText(installation / "data/game_version", std::string(installedVersion) + "\n");
     fs::copy_file(publicKey, installation / "data/update_public_key.pem");
 }

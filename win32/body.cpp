@@ -7,7 +7,8 @@ namespace ca::win32 {
 
 namespace {
 
-constexpr std::size_t receivedSize = 512UL * 1024; // a few of the pieces that libcurl reads from a socket
+// a few of the pieces that libcurl reads from a socket
+constexpr std::size_t receivedSize = 512UL * 1024;
 constexpr std::size_t decodedSize = 64UL * 1024;
 
 } // namespace
@@ -21,7 +22,8 @@ Body::Body(std::optional<std::uint64_t> size, Coding coding) : bytesLeft(size) {
 
 bool Body::take(std::span<const char> bytes) {
     if (bytesLeft) {
-        bytes = bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(*bytesLeft, bytes.size())));
+        bytes = bytes.first(
+            static_cast<std::size_t>(std::min<std::uint64_t>(*bytesLeft, bytes.size())));
     }
     if (bytes.empty()) {
         return true;

@@ -16,12 +16,12 @@ public:
     // `size` is that of the bytes to come, if it is known; `coding` is undone.
     Body(std::optional<std::uint64_t> size, Coding coding);
 
-    // Keeps bytes that have come, without what lies beyond the body's size. False, and none kept, if there is no room.
-    // Throws std::bad_alloc.
+    // Keeps bytes that have come, without what lies beyond the body's size. False, and none kept,
+    // if there is no room. Throws std::bad_alloc.
     bool take(std::span<const char> bytes);
 
-    // Bytes for the reader, valid until the next call; empty if more have to come first. False in `sound`: they can't
-    // be decoded.
+    // Bytes for the reader, valid until the next call; empty if more have to come first. False in
+    // `sound`: they can't be decoded.
     std::span<const char> front(bool& sound);
     // Drops bytes that front() showed.
     void drop(std::size_t count);

@@ -33,10 +33,11 @@ struct Attributes {
 
 } // namespace
 
-int startChild(const std::string& program, const std::vector<std::string>& arguments, const std::string& folder,
-               int standardOutput, pid_t& child) {
+int startChild(const std::string& program, const std::vector<std::string>& arguments,
+               const std::string& folder, int standardOutput, pid_t& child) {
     FileActions actions;
-    int failed = folder.empty() ? 0 : ::posix_spawn_file_actions_addchdir_np(&actions.value, folder.c_str());
+    int failed =
+        folder.empty() ? 0 : ::posix_spawn_file_actions_addchdir_np(&actions.value, folder.c_str());
     if (failed == 0 && standardOutput != -1) {
         failed = ::posix_spawn_file_actions_adddup2(&actions.value, standardOutput, STDOUT_FILENO);
     }
@@ -53,14 +54,17 @@ int startChild(const std::string& program, const std::vector<std::string>& argum
     ::sigfillset(&all);
     ::posix_spawnattr_setsigmask(&attributes.value, &none);
     ::posix_spawnattr_setsigdefault(&attributes.value, &all);
-    ::posix_spawnattr_setflags(&attributes.value, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    ::posix_spawnattr_setflags(&attributes.value,
+                               POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     std::vector<char*> pointers;
     pointers.reserve(arguments.size() + 1);
     for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str())); // exec takes them so and changes nothing
+        // exec takes them so and changes nothing
+        pointers.push_back(const_cast<char*>(argument.c_str()));
     }
     pointers.push_back(nullptr);
-    return ::posix_spawn(&child, program.c_str(), &actions.value, &attributes.value, pointers.data(), environ);
+    return ::posix_spawn(&child, program.c_str(), &actions.value, &attributes.value,
+                         pointers.data(), environ);
 }
 
 void forgetChild(pid_t child) {
@@ -70,7 +74,8 @@ void forgetChild(pid_t child) {
             }
         }).detach();
     } catch (const std::system_error&) {
-        // No thread to be had: the child's entry stays until this process ends, which does nobody harm.
+        // No thread to be had: the child's entry stays until this process ends,
+        // which does nobody harm.
     }
 }
 

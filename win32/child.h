@@ -7,12 +7,13 @@
 
 namespace ca::win32 {
 
-// Starts `program` (a path with a "/") with `arguments`, of which the first is its name, in a session of its own, with
-// the signal handling of a fresh process and no open file but the three standard streams. `standardOutput` other than
-// -1 takes the place of the second of them; `folder` empty is the caller's. Returns 0 and sets `child`, or returns an
-// errno value. The child has to be waited for.
-int startChild(const std::string& program, const std::vector<std::string>& arguments, const std::string& folder,
-               int standardOutput, pid_t& child);
+// Starts `program` (a path with a "/") with `arguments`, of which the first is its name, in a
+// session of its own, with the signal handling of a fresh process and no open file but the three
+// standard streams. `standardOutput` other than -1 takes the place of the second of them;
+// `folder` empty is the caller's. Returns 0 and sets `child`, or returns an errno value. The
+// child has to be waited for.
+int startChild(const std::string& program, const std::vector<std::string>& arguments,
+               const std::string& folder, int standardOutput, pid_t& child);
 
 // Has a thread wait for the end of a child that nobody asks about, so that it leaves no zombie.
 void forgetChild(pid_t child);

@@ -79,7 +79,8 @@ std::string quoteArgument(std::string_view argument) {
     std::size_t slashes = 0;
     for (const char character : argument) {
         if (character == '"') {
-            quoted.append(slashes + 1, '\\'); // double those before it, and one for the quote itself
+            // double those before it, and one for the quote itself
+            quoted.append(slashes + 1, '\\');
         }
         slashes = character == '\\' ? slashes + 1 : 0;
         quoted += character;

@@ -1,4 +1,5 @@
-// What hash, key and transfer share of OpenSSL: how it is started, its algorithms, and CNG's status numbers.
+// What hash, key and transfer share of OpenSSL: how it is started, its algorithms,
+// and CNG's status numbers.
 #pragma once
 
 #include <bcrypt.h>
@@ -17,9 +18,9 @@ inline constexpr NTSTATUS statusNotSupported = static_cast<NTSTATUS>(0xC00000BBU
 inline constexpr NTSTATUS statusNotFound = static_cast<NTSTATUS>(0xC0000225U);
 inline constexpr NTSTATUS statusInvalidSignature = static_cast<NTSTATUS>(0xC000A000U);
 
-// Makes OpenSSL ready, without its exit handler: the launcher's main thread may leave the process while the job's
-// thread is inside OpenSSL or libcurl, and what that thread uses must then stay. Call before any other use of the two.
-// Cheap to repeat.
+// Makes OpenSSL ready, without its exit handler: the launcher's main thread may leave the process
+// while the job's thread is inside OpenSSL or libcurl, and what that thread uses must then stay.
+// Call before any other use of the two. Cheap to repeat.
 void startOpenSsl();
 
 // SHA-256, fetched once per process and never freed. Null if OpenSSL has none.

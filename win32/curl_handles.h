@@ -5,9 +5,10 @@
 
 namespace ca::win32 {
 
-// Takes a pair that an earlier transfer left behind, or makes one, and leaves it behind for a later one. What stays in
-// it from transfer to transfer is memory, resolved names (a minute) and TLS sessions, but no connection and no option.
-// Any thread; the pairs that nobody uses are never freed.
+// Takes a pair that an earlier transfer left behind, or makes one, and leaves it behind for
+// a later one. What stays in it from transfer to transfer is memory, resolved names (a
+// minute) and TLS sessions, but no connection and no option. Any thread; the pairs that
+// nobody uses are never freed.
 class CurlHandles {
 public:
     CurlHandles();

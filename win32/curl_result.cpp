@@ -14,7 +14,8 @@ struct ResultRow {
 };
 
 constexpr ResultRow resultTable[] = {
-    {CURLE_UNSUPPORTED_PROTOCOL, ERROR_WINHTTP_INVALID_SERVER_RESPONSE}, // an answer that isn't HTTP
+    // an answer that isn't HTTP
+    {CURLE_UNSUPPORTED_PROTOCOL, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
     {CURLE_URL_MALFORMAT, ERROR_WINHTTP_INVALID_URL},
     {CURLE_COULDNT_RESOLVE_PROXY, ERROR_WINHTTP_NAME_NOT_RESOLVED},
     {CURLE_COULDNT_RESOLVE_HOST, ERROR_WINHTTP_NAME_NOT_RESOLVED},
@@ -23,7 +24,8 @@ constexpr ResultRow resultTable[] = {
     {CURLE_WRITE_ERROR, ERROR_NOT_ENOUGH_MEMORY}, // only out of memory do the callbacks give up
     {CURLE_OUT_OF_MEMORY, ERROR_NOT_ENOUGH_MEMORY},
     {CURLE_OPERATION_TIMEDOUT, ERROR_WINHTTP_TIMEOUT},
-    {CURLE_BAD_FUNCTION_ARGUMENT, ERROR_WINHTTP_INVALID_SERVER_RESPONSE}, // a header field that can't be kept
+    // a header field that can't be kept
+    {CURLE_BAD_FUNCTION_ARGUMENT, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
     {CURLE_SSL_CONNECT_ERROR, ERROR_WINHTTP_SECURE_FAILURE},
     {CURLE_GOT_NOTHING, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
     {CURLE_SEND_ERROR, ERROR_WINHTTP_CONNECTION_ERROR},
@@ -38,8 +40,9 @@ constexpr ResultRow resultTable[] = {
 } // namespace
 
 DWORD errorFromResult(CURLcode result) {
-    const auto* row = std::find_if(std::begin(resultTable), std::end(resultTable),
-                                   [&](const ResultRow& candidate) { return candidate.result == result; });
+    const auto* row =
+        std::find_if(std::begin(resultTable), std::end(resultTable),
+                     [&](const ResultRow& candidate) { return candidate.result == result; });
     return row == std::end(resultTable) ? ERROR_WINHTTP_INTERNAL_ERROR : row->error;
 }
 

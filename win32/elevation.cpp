@@ -19,17 +19,18 @@ using namespace ca::win32;
 constexpr int startedResult = 42; // any number above 32 tells of success
 constexpr const char* shell = "/bin/sh";
 
-// pkexec asks to be killed with its parent and passes that on to the program, but the launcher ends while the program
-// goes on. So a shell that waits for it stands between the two.
+// pkexec asks to be killed with its parent and passes that on to the program, but the launcher ends
+// while the program goes on. So a shell that waits for it stands between the two.
 constexpr const char* waitingShell = R"(pkexec "$@"; exit $?)";
 
-// Run with the higher rights, once the prompt has been answered: says so on its standard output, which leads to the
-// launcher, gives that away for the standard error and becomes the program.
-constexpr const char* startingShell = R"(cd "$1" && shift && [ -x "$1" ] && echo started && exec "$@" >&2)";
+// Run with the higher rights, once the prompt has been answered: says so on its standard output,
+// which leads to the launcher, gives that away for the standard error and becomes the program.
+constexpr const char* startingShell =
+    R"(cd "$1" && shift && [ -x "$1" ] && echo started && exec "$@" >&2)";
 
 // What leads a program to the caller's screen; pkexec clears the environment.
-constexpr std::array screenVariables = {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR",
-                                        "XDG_SESSION_TYPE"};
+constexpr std::array screenVariables = {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY",
+                                        "XDG_RUNTIME_DIR", "XDG_SESSION_TYPE"};
 
 bool hasPkexec() {
     const char* path = std::getenv("PATH");
@@ -53,7 +54,8 @@ std::vector<std::string> commandFor(const std::string& program, const std::strin
     }
     const std::string folder = std::filesystem::path(program).parent_path().native();
     for (const std::string& word :
-         {std::string(shell), std::string("-c"), std::string(startingShell), std::string(shell), folder, program}) {
+         {std::string(shell), std::string("-c"), std::string(startingShell), std::string(shell),
+          folder, program}) {
         command.push_back(word);
     }
     for (std::string& argument : splitCommandLine(parameters, false)) {
@@ -116,7 +118,8 @@ INT execute(LPCWSTR verb, LPCWSTR file, LPCWSTR parameters) {
 
 } // namespace
 
-HINSTANCE ShellExecuteW(HWND window, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters, LPCWSTR folder, INT show) {
+HINSTANCE ShellExecuteW(HWND window, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters, LPCWSTR folder,
+                        INT show) {
     if (window != nullptr || verb == nullptr || folder != nullptr || show != SW_SHOWNORMAL) {
         fail(ERROR_INVALID_PARAMETER);
         return nullptr;

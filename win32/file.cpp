@@ -11,7 +11,8 @@ namespace {
 
 using namespace ca::win32;
 
-constexpr off_t readAheadSize = 1 << 20; // below it the host's own read-ahead has the file before a hint could help
+// below it the host's own read-ahead has the file before a hint could help
+constexpr off_t readAheadSize = 1 << 20;
 
 class File : public Object {
 public:
@@ -28,8 +29,9 @@ private:
     void removeName() const {
         struct stat mine {};
         struct stat named {};
-        if (!removedPath.empty() && ::fstat(descriptor, &mine) == 0 && ::lstat(removedPath.c_str(), &named) == 0 &&
-            mine.st_dev == named.st_dev && mine.st_ino == named.st_ino) {
+        if (!removedPath.empty() && ::fstat(descriptor, &mine) == 0 &&
+            ::lstat(removedPath.c_str(), &named) == 0 && mine.st_dev == named.st_dev &&
+            mine.st_ino == named.st_ino) {
             ::unlink(removedPath.c_str());
         }
     }
@@ -91,14 +93,14 @@ File* fileOf(HANDLE handle) {
 
 } // namespace
 
-HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
-                   DWORD flagsAndAttributes, HANDLE templateFile) {
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                   DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile) {
     constexpr DWORD knownShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    constexpr DWORD knownFlags =
-        FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_SEQUENTIAL_SCAN;
+    constexpr DWORD knownFlags = FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_TEMPORARY |
+                                 FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_SEQUENTIAL_SCAN;
     const std::optional<int> flags = openFlags(access, disposition);
-    if (!flags || (share & ~knownShare) != 0 || (flagsAndAttributes & ~knownFlags) != 0 || security != nullptr ||
-        templateFile != nullptr) {
+    if (!flags || (share & ~knownShare) != 0 || (flagsAndAttributes & ~knownFlags) != 0 ||
+        security != nullptr || templateFile != nullptr) {
         fail(ERROR_INVALID_PARAMETER);
         return INVALID_HANDLE_VALUE;
     }

@@ -78,7 +78,8 @@ bool copyBytes(int from, int to) {
             return count == 0;
         }
         for (ssize_t done = 0; done < count;) {
-            const ssize_t written = ::write(to, buffer.data() + done, static_cast<std::size_t>(count - done));
+            const ssize_t written =
+                ::write(to, buffer.data() + done, static_cast<std::size_t>(count - done));
             if (written < 0) {
                 return false;
             }
@@ -117,7 +118,9 @@ BOOL RemoveDirectoryW(LPCWSTR path) {
     if (isLink(*name)) {
         return isFolder(*name) ? answer(::unlink(name->c_str()), *name) : fail(ERROR_DIRECTORY);
     }
-    return ::rmdir(name->c_str()) == 0 ? TRUE : errno == ENOTDIR ? fail(ERROR_DIRECTORY) : failOnPath(errno, *name);
+    return ::rmdir(name->c_str()) == 0 ? TRUE
+           : errno == ENOTDIR          ? fail(ERROR_DIRECTORY)
+                                       : failOnPath(errno, *name);
 }
 
 BOOL DeleteFileW(LPCWSTR path) {
@@ -149,14 +152,16 @@ BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
         return failOnPath(errno, *source);
     }
     const int out =
-        ::open(target->c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : 0), status.st_mode);
+        ::open(target->c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (failIfExists ? O_EXCL : 0),
+               status.st_mode);
     if (out < 0) {
         const int number = errno;
         ::close(in);
         return number == EEXIST ? fail(ERROR_FILE_EXISTS) : failOnPath(number, *target);
     }
     struct stat existing {};
-    if (::fstat(out, &existing) == 0 && existing.st_dev == status.st_dev && existing.st_ino == status.st_ino) {
+    if (::fstat(out, &existing) == 0 && existing.st_dev == status.st_dev &&
+        existing.st_ino == status.st_ino) {
         ::close(in);
         ::close(out);
         return fail(ERROR_SHARING_VIOLATION);
@@ -202,8 +207,10 @@ BOOL GetBinaryTypeW(LPCWSTR path, LPDWORD kind) {
     Elf64_Ehdr header{};
     const ssize_t count = ::read(file, &header, sizeof header);
     ::close(file);
-    if (count != static_cast<ssize_t>(sizeof header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
-        header.e_ident[EI_CLASS] != ELFCLASS64 || (header.e_type != ET_EXEC && header.e_type != ET_DYN)) {
+    if (count != static_cast<ssize_t>(sizeof header) ||
+        std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+        header.e_ident[EI_CLASS] != ELFCLASS64 ||
+        (header.e_type != ET_EXEC && header.e_type != ET_DYN)) {
         return fail(ERROR_BAD_EXE_FORMAT);
     }
     *kind = SCS_64BIT_BINARY;

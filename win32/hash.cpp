@@ -13,7 +13,8 @@ constexpr ULONG digestSize = 32;
 constexpr ULONG objectLength = 256; // nothing is stored there; of the order that Windows asks for
 
 struct Hash {
-    std::unique_ptr<EVP_MD_CTX, decltype(&::EVP_MD_CTX_free)> context{::EVP_MD_CTX_new(), &::EVP_MD_CTX_free};
+    std::unique_ptr<EVP_MD_CTX, decltype(&::EVP_MD_CTX_free)> context{::EVP_MD_CTX_new(),
+                                                                      &::EVP_MD_CTX_free};
     bool finished = false;
 };
 
@@ -43,7 +44,8 @@ bool isAlgorithm(BCRYPT_ALG_HANDLE handle, Algorithm algorithm) {
 
 } // namespace ca::win32
 
-NTSTATUS BCryptOpenAlgorithmProvider(BCRYPT_ALG_HANDLE* algorithm, LPCWSTR name, LPCWSTR implementation, ULONG flags) {
+NTSTATUS BCryptOpenAlgorithmProvider(BCRYPT_ALG_HANDLE* algorithm, LPCWSTR name,
+                                     LPCWSTR implementation, ULONG flags) {
     if (algorithm == nullptr || name == nullptr || implementation != nullptr || flags != 0) {
         return statusInvalidParameter;
     }
@@ -61,16 +63,18 @@ NTSTATUS BCryptCloseAlgorithmProvider(BCRYPT_ALG_HANDLE algorithm, ULONG flags) 
     if (flags != 0) {
         return statusInvalidParameter;
     }
-    return isAlgorithm(algorithm, Algorithm::sha256) || isAlgorithm(algorithm, Algorithm::rsa) ? statusSuccess
-                                                                                               : statusInvalidHandle;
+    return isAlgorithm(algorithm, Algorithm::sha256) || isAlgorithm(algorithm, Algorithm::rsa)
+               ? statusSuccess
+               : statusInvalidHandle;
 }
 
-NTSTATUS BCryptGetProperty(BCRYPT_HANDLE algorithm, LPCWSTR property, PUCHAR output, ULONG outputSize, ULONG* result,
-                           ULONG flags) {
+NTSTATUS BCryptGetProperty(BCRYPT_HANDLE algorithm, LPCWSTR property, PUCHAR output,
+                           ULONG outputSize, ULONG* result, ULONG flags) {
     if (property == nullptr || result == nullptr || flags != 0) {
         return statusInvalidParameter;
     }
-    if (!isAlgorithm(algorithm, Algorithm::sha256) || std::wcscmp(property, BCRYPT_OBJECT_LENGTH) != 0) {
+    if (!isAlgorithm(algorithm, Algorithm::sha256) ||
+        std::wcscmp(property, BCRYPT_OBJECT_LENGTH) != 0) {
         return isAlgorithm(algorithm, Algorithm::sha256) || isAlgorithm(algorithm, Algorithm::rsa)
                    ? statusNotSupported
                    : statusInvalidHandle;
@@ -86,8 +90,8 @@ NTSTATUS BCryptGetProperty(BCRYPT_HANDLE algorithm, LPCWSTR property, PUCHAR out
     return statusSuccess;
 }
 
-NTSTATUS BCryptCreateHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* hash, PUCHAR object, ULONG objectSize,
-                          PUCHAR secret, ULONG secretSize, ULONG flags) {
+NTSTATUS BCryptCreateHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* hash, PUCHAR object,
+                          ULONG objectSize, PUCHAR secret, ULONG secretSize, ULONG flags) {
     if (!isAlgorithm(algorithm, Algorithm::sha256)) {
         return isAlgorithm(algorithm, Algorithm::rsa) ? statusNotSupported : statusInvalidHandle;
     }
@@ -113,7 +117,8 @@ NTSTATUS BCryptHashData(BCRYPT_HASH_HANDLE hash, PUCHAR input, ULONG size, ULONG
     if (running->finished || (input == nullptr && size != 0) || flags != 0) {
         return statusInvalidParameter;
     }
-    return ::EVP_DigestUpdate(running->context.get(), input, size) == 1 ? statusSuccess : statusUnsuccessful;
+    return ::EVP_DigestUpdate(running->context.get(), input, size) == 1 ? statusSuccess
+                                                                        : statusUnsuccessful;
 }
 
 NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, PUCHAR output, ULONG size, ULONG flags) {
@@ -125,7 +130,8 @@ NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, PUCHAR output, ULONG size, UL
         return statusInvalidParameter;
     }
     running->finished = true;
-    return ::EVP_DigestFinal_ex(running->context.get(), output, nullptr) == 1 ? statusSuccess : statusUnsuccessful;
+    return ::EVP_DigestFinal_ex(running->context.get(), output, nullptr) == 1 ? statusSuccess
+                                                                              : statusUnsuccessful;
 }
 
 NTSTATUS BCryptDestroyHash(BCRYPT_HASH_HANDLE hash) {

@@ -68,11 +68,13 @@ BOOL fail(DWORD error) {
 
 BOOL failOnPath(int number, const std::string& path) {
     if (number == ENOENT) {
-        // The host says ENOENT for both; Windows callers tell a file to be made from a folder to be made.
+        // The host says ENOENT for both; Windows callers tell a file to be made
+        // from a folder to be made.
         const std::size_t slash = path.find_last_of('/');
         const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
         struct stat status {};
-        return fail(::stat(folder.c_str(), &status) == 0 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND);
+        return fail(::stat(folder.c_str(), &status) == 0 ? ERROR_FILE_NOT_FOUND
+                                                         : ERROR_PATH_NOT_FOUND);
     }
     return fail(errorFromErrno(number));
 }

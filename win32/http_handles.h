@@ -9,8 +9,8 @@
 
 namespace ca::win32 {
 
-// What a session hands down to its requests, and a request may change for itself. Time-outs in milliseconds, 0 or -1
-// for none; those given here are WinHTTP's own.
+// What a session hands down to its requests, and a request may change for itself. Time-outs in
+// milliseconds, 0 or -1 for none; those given here are WinHTTP's own.
 struct TransferOptions {
     int resolveTimeout = 0;
     int connectTimeout = 60000;

@@ -11,8 +11,9 @@ using namespace ca::win32;
 
 constexpr INTERNET_PORT defaultPort = 0; // the scheme's own, as WinHTTP's INTERNET_DEFAULT_PORT
 
-// What WinHTTP sends for the object's name: characters that RFC 2396 calls unwise, blanks, controls and everything
-// beyond ASCII as %XX, and the rest, an escape that is already there included, as it stands.
+// What WinHTTP sends for the object's name: characters that RFC 2396 calls unwise, blanks,
+// controls and everything beyond ASCII as %XX, and the rest, an escape that is already there
+// included, as it stands.
 std::string escapePath(const std::string& path) {
     constexpr const char* hex = "0123456789ABCDEF";
     std::string escaped = path.starts_with('/') ? "" : "/";
@@ -40,14 +41,14 @@ Request* ca::win32::requestAt(HINTERNET handle, Request::Stage stage) {
     return request;
 }
 
-HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version, LPCWSTR referrer,
-                             LPCWSTR* acceptTypes, DWORD flags) {
+HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version,
+                             LPCWSTR referrer, LPCWSTR* acceptTypes, DWORD flags) {
     const auto* opened = objectOf<Connection>(connection);
     if (opened == nullptr) {
         return nullptr;
     }
-    if ((verb != nullptr && std::wcscmp(verb, L"GET") != 0) || version != nullptr || referrer != nullptr ||
-        acceptTypes != nullptr || (flags & ~WINHTTP_FLAG_SECURE) != 0) {
+    if ((verb != nullptr && std::wcscmp(verb, L"GET") != 0) || version != nullptr ||
+        referrer != nullptr || acceptTypes != nullptr || (flags & ~WINHTTP_FLAG_SECURE) != 0) {
         fail(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
@@ -66,13 +67,14 @@ HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, L
     return handleOf(std::move(request));
 }
 
-BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength, LPVOID optional, DWORD optionalLength,
-                        DWORD totalLength, DWORD_PTR) {
+BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength, LPVOID optional,
+                        DWORD optionalLength, DWORD totalLength, DWORD_PTR) {
     auto* opened = requestAt(request, Request::Stage::open);
     if (opened == nullptr) {
         return FALSE;
     }
-    if (headers != nullptr || headersLength != 0 || optional != nullptr || optionalLength != 0 || totalLength != 0) {
+    if (headers != nullptr || headersLength != 0 || optional != nullptr || optionalLength != 0 ||
+        totalLength != 0) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     const TransferOptions& options = opened->options;

@@ -25,7 +25,8 @@ BOOL giveText(const std::string& text, LPVOID buffer, LPDWORD size) {
 
 } // namespace
 
-BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size, LPDWORD index) {
+BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size,
+                         LPDWORD index) {
     const auto* opened = requestAt(request, Request::Stage::received);
     if (opened == nullptr) {
         return FALSE;
@@ -61,7 +62,8 @@ BOOL WinHttpQueryOption(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD s
     if (option != WINHTTP_OPTION_URL) {
         return fail(ERROR_WINHTTP_INVALID_OPTION);
     }
-    return size == nullptr ? fail(ERROR_INVALID_PARAMETER) : giveText(opened->transfer->url(), buffer, size);
+    return size == nullptr ? fail(ERROR_INVALID_PARAMETER)
+                           : giveText(opened->transfer->url(), buffer, size);
 }
 
 BOOL WinHttpQueryDataAvailable(HINTERNET request, LPDWORD available) {

@@ -31,19 +31,23 @@ bool setOption(TransferOptions& options, DWORD option, DWORD value) {
     }
 }
 
-// A name, an IPv4 address or an IPv6 address with or without its brackets; libcurl takes care of names beyond ASCII.
+// A name, an IPv4 address or an IPv6 address with or without its brackets; libcurl takes care
+// of names beyond ASCII.
 bool isHost(const std::string& host) {
     const auto forbidden = [](char character) {
         const auto byte = static_cast<unsigned char>(character);
-        return byte <= 0x20 || byte == 0x7F || std::strchr("\"#%/<>?@\\^`{|}", character) != nullptr;
+        return byte <= 0x20 || byte == 0x7F ||
+               std::strchr("\"#%/<>?@\\^`{|}", character) != nullptr;
     };
     return !host.empty() && std::none_of(host.begin(), host.end(), forbidden);
 }
 
 } // namespace
 
-HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass, DWORD flags) {
-    if (accessType > WINHTTP_ACCESS_TYPE_NO_PROXY || proxyName != nullptr || proxyBypass != nullptr || flags != 0) {
+HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass,
+                      DWORD flags) {
+    if (accessType > WINHTTP_ACCESS_TYPE_NO_PROXY || proxyName != nullptr ||
+        proxyBypass != nullptr || flags != 0) {
         fail(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
@@ -76,7 +80,8 @@ BOOL WinHttpSetOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size) 
     if (options == nullptr) {
         return FALSE;
     }
-    const bool known = option == WINHTTP_OPTION_SECURE_PROTOCOLS || option == WINHTTP_OPTION_REDIRECT_POLICY ||
+    const bool known = option == WINHTTP_OPTION_SECURE_PROTOCOLS ||
+                       option == WINHTTP_OPTION_REDIRECT_POLICY ||
                        option == WINHTTP_OPTION_DECOMPRESSION;
     if (!known) {
         return fail(ERROR_WINHTTP_INVALID_OPTION);

@@ -12,7 +12,8 @@ namespace {
 constexpr unsigned char gzipFirstByte = 0x1F;
 
 bool isNamed(std::string_view value, std::string_view name) {
-    return value.size() == name.size() && ::strncasecmp(value.data(), name.data(), name.size()) == 0;
+    return value.size() == name.size() &&
+           ::strncasecmp(value.data(), name.data(), name.size()) == 0;
 }
 
 } // namespace
@@ -31,10 +32,12 @@ void Inflater::Close::operator()(z_stream_s* opened) const {
 
 Inflater::Inflater(Coding coding) : kind(coding) {}
 
-// "deflate" means a zlib stream, but servers that send bare deflate data are as old as the header. The compression
-// method in a zlib stream's first byte is 8, which as the start of bare data would be a stored block of odd filling.
+// "deflate" means a zlib stream, but servers that send bare deflate data are as old as the header.
+// The compression method in a zlib stream's first byte is 8, which as the start of bare data would
+// be a stored block of odd filling.
 void Inflater::open(char firstByte) {
-    const bool bare = kind == Coding::deflate && (static_cast<unsigned char>(firstByte) & 0x0FU) != Z_DEFLATED;
+    const bool bare =
+        kind == Coding::deflate && (static_cast<unsigned char>(firstByte) & 0x0FU) != Z_DEFLATED;
     const int windowBits = bare ? -MAX_WBITS : kind == Coding::gzip ? MAX_WBITS + 16 : MAX_WBITS;
     auto fresh = std::make_unique<z_stream>();
     if (::inflateInit2(fresh.get(), windowBits) != Z_OK) {
@@ -48,7 +51,8 @@ std::size_t Inflater::decode(std::span<const char>& input, std::span<char> outpu
     std::size_t written = 0;
     while (!input.empty() || (stream != nullptr && !ended)) {
         if (ended) {
-            if (kind != Coding::gzip || static_cast<unsigned char>(input.front()) != gzipFirstByte) {
+            if (kind != Coding::gzip ||
+                static_cast<unsigned char>(input.front()) != gzipFirstByte) {
                 input = {};
                 break;
             }

@@ -20,9 +20,10 @@ public:
     // `coding` isn't `none`. Throws std::bad_alloc.
     explicit Inflater(Coding coding);
 
-    // Decodes from `input` into `output`, cuts what it took off the front of `input`, and returns the number of bytes
-    // written: 0 means that it needs more input. What follows the end of the coded data is taken and dropped, unless
-    // another gzip member begins there. False in `sound`: the input isn't what its header promised.
+    // Decodes from `input` into `output`, cuts what it took off the front of `input`, and returns
+    // the number of bytes written: 0 means that it needs more input. What follows the end of the
+    // coded data is taken and dropped, unless another gzip member begins there. False in `sound`:
+    // the input isn't what its header promised.
     std::size_t decode(std::span<const char>& input, std::span<char> output, bool& sound);
 
 private:

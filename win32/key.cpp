@@ -15,7 +15,8 @@ namespace {
 
 using namespace ca::win32;
 
-// What CNG's own RSA provider takes. Exponents above 64 bits are refused since Windows 10 version 1903.
+// What CNG's own RSA provider takes. Exponents above 64 bits are refused since
+// Windows 10 version 1903.
 constexpr ULONG minimumBits = 512;
 constexpr ULONG maximumBits = 16384;
 constexpr int maximumExponentBits = 64;
@@ -47,8 +48,8 @@ bool lengthsAddUp(const BCRYPT_RSAKEY_BLOB& header, std::size_t size) {
     // Sums in 64 bits: the header's numbers are anybody's.
     const std::uint64_t modulusBits = std::uint64_t{header.cbModulus} * 8;
     return header.Magic == BCRYPT_RSAPUBLIC_MAGIC && header.cbPrime1 == 0 && header.cbPrime2 == 0 &&
-           header.BitLength >= minimumBits && header.BitLength <= maximumBits && header.BitLength <= modulusBits &&
-           header.BitLength + 8ULL > modulusBits &&
+           header.BitLength >= minimumBits && header.BitLength <= maximumBits &&
+           header.BitLength <= modulusBits && header.BitLength + 8ULL > modulusBits &&
            sizeof(header) + std::uint64_t{header.cbPublicExp} + header.cbModulus == size;
 }
 
@@ -66,7 +67,8 @@ bool readBlob(std::span<const UCHAR> blob, PublicNumbers& numbers) {
     if (!numbers.exponent || !numbers.modulus) {
         return false;
     }
-    // An even modulus has no Montgomery form, an even exponent no inverse, and with the exponent 1 everybody can sign.
+    // An even modulus has no Montgomery form, an even exponent no inverse, and with the
+    // exponent 1 everybody can sign.
     const int bits = ::BN_num_bits(numbers.modulus.get());
     return bits >= static_cast<int>(minimumBits) && ::BN_is_odd(numbers.modulus.get()) == 1 &&
            ::BN_is_odd(numbers.exponent.get()) == 1 && ::BN_is_one(numbers.exponent.get()) == 0 &&
@@ -76,8 +78,11 @@ bool readBlob(std::span<const UCHAR> blob, PublicNumbers& numbers) {
 
 Key makeKey(const PublicNumbers& numbers) {
     const Builder builder(::OSSL_PARAM_BLD_new());
-    if (!builder || ::OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_RSA_N, numbers.modulus.get()) != 1 ||
-        ::OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_RSA_E, numbers.exponent.get()) != 1) {
+    if (!builder ||
+        ::OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_RSA_N, numbers.modulus.get()) !=
+            1 ||
+        ::OSSL_PARAM_BLD_push_BN(builder.get(), OSSL_PKEY_PARAM_RSA_E, numbers.exponent.get()) !=
+            1) {
         return nullptr;
     }
     const Parameters parameters(::OSSL_PARAM_BLD_to_param(builder.get()));
@@ -92,12 +97,14 @@ Key makeKey(const PublicNumbers& numbers) {
 
 } // namespace
 
-NTSTATUS BCryptImportKeyPair(BCRYPT_ALG_HANDLE algorithm, BCRYPT_KEY_HANDLE importKey, LPCWSTR blobType,
-                             BCRYPT_KEY_HANDLE* key, PUCHAR input, ULONG size, ULONG flags) {
+NTSTATUS BCryptImportKeyPair(BCRYPT_ALG_HANDLE algorithm, BCRYPT_KEY_HANDLE importKey,
+                             LPCWSTR blobType, BCRYPT_KEY_HANDLE* key, PUCHAR input, ULONG size,
+                             ULONG flags) {
     if (!isAlgorithm(algorithm, Algorithm::rsa)) {
         return isAlgorithm(algorithm, Algorithm::sha256) ? statusNotSupported : statusInvalidHandle;
     }
-    if (importKey != nullptr || blobType == nullptr || key == nullptr || input == nullptr || flags != 0) {
+    if (importKey != nullptr || blobType == nullptr || key == nullptr || input == nullptr ||
+        flags != 0) {
         return statusInvalidParameter;
     }
     if (std::wcscmp(blobType, BCRYPT_RSAPUBLIC_BLOB) != 0) {
@@ -117,26 +124,28 @@ NTSTATUS BCryptImportKeyPair(BCRYPT_ALG_HANDLE algorithm, BCRYPT_KEY_HANDLE impo
     return statusSuccess;
 }
 
-NTSTATUS BCryptVerifySignature(BCRYPT_KEY_HANDLE key, LPVOID padding, PUCHAR hash, ULONG hashSize, PUCHAR signature,
-                               ULONG signatureSize, ULONG flags) {
+NTSTATUS BCryptVerifySignature(BCRYPT_KEY_HANDLE key, LPVOID padding, PUCHAR hash, ULONG hashSize,
+                               PUCHAR signature, ULONG signatureSize, ULONG flags) {
     if (key == nullptr) {
         return statusInvalidHandle;
     }
     const auto* scheme = static_cast<const BCRYPT_PKCS1_PADDING_INFO*>(padding);
-    if (flags != BCRYPT_PAD_PKCS1 || scheme == nullptr || scheme->pszAlgId == nullptr || hash == nullptr ||
-        signature == nullptr || hashSize != digestSize) {
+    if (flags != BCRYPT_PAD_PKCS1 || scheme == nullptr || scheme->pszAlgId == nullptr ||
+        hash == nullptr || signature == nullptr || hashSize != digestSize) {
         return statusInvalidParameter;
     }
     if (std::wcscmp(scheme->pszAlgId, BCRYPT_SHA256_ALGORITHM) != 0) {
         return statusNotSupported;
     }
-    const KeyContext context(::EVP_PKEY_CTX_new_from_pkey(nullptr, static_cast<EVP_PKEY*>(key), nullptr));
+    const KeyContext context(
+        ::EVP_PKEY_CTX_new_from_pkey(nullptr, static_cast<EVP_PKEY*>(key), nullptr));
     if (!context || ::EVP_PKEY_verify_init(context.get()) != 1 ||
         ::EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_PADDING) != 1 ||
         ::EVP_PKEY_CTX_set_signature_md(context.get(), sha256()) != 1) {
         return statusUnsuccessful;
     }
-    const bool valid = ::EVP_PKEY_verify(context.get(), signature, signatureSize, hash, hashSize) == 1;
+    const bool valid =
+        ::EVP_PKEY_verify(context.get(), signature, signatureSize, hash, hashSize) == 1;
     ::ERR_clear_error();
     return valid ? statusSuccess : statusInvalidSignature;
 }

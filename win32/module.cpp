@@ -69,7 +69,8 @@ BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
     if (!key || !text) {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    const int result = value == nullptr ? ::unsetenv(key->c_str()) : ::setenv(key->c_str(), text->c_str(), 1);
+    const int result =
+        value == nullptr ? ::unsetenv(key->c_str()) : ::setenv(key->c_str(), text->c_str(), 1);
     return result == 0 ? TRUE : fail(errorFromErrno(errno));
 }
 

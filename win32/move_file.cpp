@@ -27,7 +27,8 @@ int renameWithoutReplacing(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return errno;
     }
-    // A file system without that flag: what is left is to look first, and another process could come in between.
+    // A file system without that flag: what is left is to look first, and another process
+    // could come in between.
     if (exists(to)) {
         return EEXIST;
     }
@@ -45,8 +46,8 @@ int moveFile(const std::string& from, const std::string& to, bool replace) {
     return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-// The folder that `path` lies in, opened before anything changes: what can't be opened afterwards can't be flushed, and
-// a rename that has happened must not look like one that failed.
+// The folder that `path` lies in, opened before anything changes: what can't be opened afterwards
+// can't be flushed, and a rename that has happened must not look like one that failed.
 class ParentFolder {
 public:
     explicit ParentFolder(const std::string& path) {
@@ -63,7 +64,9 @@ public:
     ParentFolder& operator=(const ParentFolder&) = delete;
 
     // An errno, or 0. EINVAL: a file system that has nothing to flush for a folder.
-    int flush() const { return descriptor_ < 0 || ::fsync(descriptor_) == 0 || errno == EINVAL ? 0 : errno; }
+    int flush() const {
+        return descriptor_ < 0 || ::fsync(descriptor_) == 0 || errno == EINVAL ? 0 : errno;
+    }
 
 private:
     int descriptor_ = -1;
@@ -85,7 +88,8 @@ BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
     const int moved = moveFile(*source, *target, (flags & MOVEFILE_REPLACE_EXISTING) != 0);
     if (moved != 0) {
         // ENOENT is the source's, or else of a folder above the target.
-        return moved == ENOENT && exists(*source) ? fail(ERROR_PATH_NOT_FOUND) : failOnPath(moved, *source);
+        return moved == ENOENT && exists(*source) ? fail(ERROR_PATH_NOT_FOUND)
+                                                  : failOnPath(moved, *source);
     }
     if ((flags & MOVEFILE_WRITE_THROUGH) != 0) {
         for (const ParentFolder* folder : {&targetFolder, &sourceFolder}) {

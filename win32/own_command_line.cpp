@@ -16,7 +16,8 @@ std::string readOwnCommandLine() {
     std::ifstream file("/proc/self/cmdline", std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
     std::string line;
-    for (std::size_t at = 0; at < text.size(); at += std::string_view(text.c_str() + at).size() + 1) {
+    for (std::size_t at = 0; at < text.size();
+         at += std::string_view(text.c_str() + at).size() + 1) {
         const std::string_view argument = text.c_str() + at;
         line += line.empty() ? '"' + std::string(argument) + '"' : ' ' + quoteArgument(argument);
     }
@@ -27,7 +28,8 @@ std::string readOwnCommandLine() {
 
 LPWSTR GetCommandLineW() {
     // Never destroyed: the result is valid for as long as the process.
-    static std::wstring& line = *new std::wstring(toWide(readOwnCommandLine()).value_or(std::wstring()));
+    static std::wstring& line =
+        *new std::wstring(toWide(readOwnCommandLine()).value_or(std::wstring()));
     return line.data();
 }
 

@@ -10,7 +10,8 @@ namespace {
 constexpr int noDigit = -1;
 
 int digitOf(char character) {
-    constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::string_view digits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     const std::size_t place = digits.find(character);
     return place == std::string_view::npos ? noDigit : static_cast<int>(place);
 }
@@ -37,8 +38,8 @@ bool findBody(std::string_view text, std::string_view& body) {
     return true;
 }
 
-// As lenient as Windows: the padding may be missing, what is behind it doesn't count, and digits left over at the end
-// make a byte of the bits they have.
+// As lenient as Windows: the padding may be missing, what is behind it doesn't count, and digits
+// left over at the end make a byte of the bits they have.
 bool decode(std::string_view body, std::vector<BYTE>& bytes) {
     unsigned bits = 0;
     int bitCount = 0;
@@ -68,11 +69,11 @@ bool decode(std::string_view body, std::vector<BYTE>& bytes) {
 
 } // namespace
 
-BOOL CryptStringToBinaryA(LPCSTR text, DWORD length, DWORD format, BYTE* binary, DWORD* size, DWORD* skip,
-                          DWORD* usedFormat) {
+BOOL CryptStringToBinaryA(LPCSTR text, DWORD length, DWORD format, BYTE* binary, DWORD* size,
+                          DWORD* skip, DWORD* usedFormat) {
     using ca::win32::fail;
-    if (text == nullptr || format != CRYPT_STRING_BASE64HEADER || size == nullptr || skip != nullptr ||
-        usedFormat != nullptr) {
+    if (text == nullptr || format != CRYPT_STRING_BASE64HEADER || size == nullptr ||
+        skip != nullptr || usedFormat != nullptr) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     std::string_view body;

@@ -18,9 +18,9 @@ class StartedProgram : public Object {};
 bool isZeroed(const STARTUPINFOW& startup) {
     STARTUPINFOW zeroed{};
     zeroed.cb = sizeof(zeroed);
-    return startup.cb == zeroed.cb && startup.lpReserved == nullptr && startup.lpDesktop == nullptr &&
-           startup.lpTitle == nullptr && startup.dwFlags == 0 && startup.cbReserved2 == 0 &&
-           startup.lpReserved2 == nullptr;
+    return startup.cb == zeroed.cb && startup.lpReserved == nullptr &&
+           startup.lpDesktop == nullptr && startup.lpTitle == nullptr && startup.dwFlags == 0 &&
+           startup.cbReserved2 == 0 && startup.lpReserved2 == nullptr;
 }
 
 bool isFolder(const std::string& path) {
@@ -31,11 +31,12 @@ bool isFolder(const std::string& path) {
 } // namespace
 
 BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUTES processSecurity,
-                    LPSECURITY_ATTRIBUTES threadSecurity, BOOL inherit, DWORD flags, LPVOID environment, LPCWSTR folder,
-                    LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process) {
-    if (application == nullptr || processSecurity != nullptr || threadSecurity != nullptr || inherit != FALSE ||
-        (flags & ~CREATE_NO_WINDOW) != 0 || environment != nullptr || startup == nullptr || !isZeroed(*startup) ||
-        process == nullptr) {
+                    LPSECURITY_ATTRIBUTES threadSecurity, BOOL inherit, DWORD flags,
+                    LPVOID environment, LPCWSTR folder, LPSTARTUPINFOW startup,
+                    LPPROCESS_INFORMATION process) {
+    if (application == nullptr || processSecurity != nullptr || threadSecurity != nullptr ||
+        inherit != FALSE || (flags & ~CREATE_NO_WINDOW) != 0 || environment != nullptr ||
+        startup == nullptr || !isZeroed(*startup) || process == nullptr) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     std::optional<std::string> program = toPath(application);
@@ -47,7 +48,8 @@ BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUT
     if (!start->empty() && !isFolder(*start)) {
         return fail(ERROR_DIRECTORY);
     }
-    // A relative path counts from the caller's folder, but the program's is entered before it is run.
+    // A relative path counts from the caller's folder, but the program's is
+    // entered before it is run.
     std::error_code ignored; // an absolute path, the only kind that the launcher passes, can't fail
     const std::filesystem::path absolute = std::filesystem::absolute(*program, ignored);
     const std::vector<std::string> arguments =
@@ -60,7 +62,8 @@ BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUT
         return failOnPath(failed, absolute.native());
     }
     forgetChild(child);
-    *process = {static_cast<Object*>(programHandle.release()), static_cast<Object*>(threadHandle.release()),
-                static_cast<DWORD>(child), static_cast<DWORD>(child)};
+    *process = {static_cast<Object*>(programHandle.release()),
+                static_cast<Object*>(threadHandle.release()), static_cast<DWORD>(child),
+                static_cast<DWORD>(child)};
     return TRUE;
 }

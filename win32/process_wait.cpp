@@ -20,7 +20,8 @@ using namespace ca::win32;
 // A process that may not be this one's child.
 class ObservedProcess : public Object {
 public:
-    ObservedProcess(int processDescriptor, DWORD processId) : descriptor(processDescriptor), id(processId) {}
+    ObservedProcess(int processDescriptor, DWORD processId)
+        : descriptor(processDescriptor), id(processId) {}
     ~ObservedProcess() override { ::close(descriptor); }
 
     const int descriptor;
@@ -30,7 +31,8 @@ public:
 // What GetCurrentProcess gives: the same pseudo handle as on Windows.
 const HANDLE currentProcess = INVALID_HANDLE_VALUE;
 
-// Ticks since the host's start, the 22nd field of /proc/<pid>/stat; the name in the second one may hold blanks.
+// Ticks since the host's start, the 22nd field of /proc/<pid>/stat; the name in the
+// second one may hold blanks.
 std::optional<unsigned long long> startTicks(DWORD processId) {
     std::ifstream file("/proc/" + std::to_string(processId) + "/stat");
     const std::string text{std::istreambuf_iterator<char>(file), {}};
@@ -66,7 +68,8 @@ HANDLE GetCurrentProcess() {
     return currentProcess;
 }
 
-BOOL GetProcessTimes(HANDLE process, LPFILETIME created, LPFILETIME ended, LPFILETIME kernel, LPFILETIME user) {
+BOOL GetProcessTimes(HANDLE process, LPFILETIME created, LPFILETIME ended, LPFILETIME kernel,
+                     LPFILETIME user) {
     DWORD id = GetCurrentProcessId();
     if (process != currentProcess) {
         const auto* observed = dynamic_cast<const ObservedProcess*>(static_cast<Object*>(process));
@@ -79,7 +82,8 @@ BOOL GetProcessTimes(HANDLE process, LPFILETIME created, LPFILETIME ended, LPFIL
     if (!ticks) {
         return fail(ERROR_GEN_FAILURE);
     }
-    const unsigned long long steps = *ticks * (10'000'000ULL / static_cast<unsigned long long>(::sysconf(_SC_CLK_TCK)));
+    const unsigned long long steps =
+        *ticks * (10'000'000ULL / static_cast<unsigned long long>(::sysconf(_SC_CLK_TCK)));
     *ended = *kernel = *user = {0, 0};
     *created = {static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
     return TRUE;
@@ -91,11 +95,14 @@ DWORD WaitForSingleObject(HANDLE process, DWORD milliseconds) {
         fail(ERROR_INVALID_HANDLE);
         return WAIT_FAILED;
     }
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     for (;;) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
         pollfd entry{observed->descriptor, POLLIN, 0};
-        const int ready = ::poll(&entry, 1, static_cast<int>(std::clamp<long long>(left.count(), 0, INT32_MAX)));
+        const int ready =
+            ::poll(&entry, 1, static_cast<int>(std::clamp<long long>(left.count(), 0, INT32_MAX)));
         if (ready > 0) {
             return WAIT_OBJECT_0;
         }
@@ -116,5 +123,6 @@ void Sleep(DWORD milliseconds) {
 ULONGLONG GetTickCount64() {
     timespec now{};
     ::clock_gettime(CLOCK_BOOTTIME, &now);
-    return static_cast<ULONGLONG>(now.tv_sec) * 1000 + static_cast<ULONGLONG>(now.tv_nsec) / 1'000'000;
+    return static_cast<ULONGLONG>(now.tv_sec) * 1000 +
+           static_cast<ULONGLONG>(now.tv_nsec) / 1'000'000;
 }

@@ -12,8 +12,9 @@ namespace {
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r\n";
     const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    return first == std::string_view::npos
+               ? std::string_view()
+               : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 bool isNamed(std::string_view text, std::string_view name) {
@@ -49,7 +50,8 @@ void ResponseHead::takeLine(std::string_view line) {
 void ResponseHead::finish(long code) {
     statusCode = code;
     lines += "\r\n";
-    // Continue, Processing and Early Hints come before the answer proper. Any other 1xx is one, without a body.
+    // Continue, Processing and Early Hints come before the answer proper. Any other 1xx
+    // is one, without a body.
     finished = code != 100 && code != 102 && code != 103;
 }
 
@@ -80,10 +82,12 @@ std::string_view ResponseHead::redirect() const {
 }
 
 std::string resolveLocation(const std::string& base, std::string_view location) {
-    const std::unique_ptr<CURLU, decltype(&::curl_url_cleanup)> url(::curl_url(), &::curl_url_cleanup);
+    const std::unique_ptr<CURLU, decltype(&::curl_url_cleanup)> url(::curl_url(),
+                                                                    &::curl_url_cleanup);
     char* text = nullptr;
     if (!url || ::curl_url_set(url.get(), CURLUPART_URL, base.c_str(), 0) != CURLUE_OK ||
-        ::curl_url_set(url.get(), CURLUPART_URL, std::string(location).c_str(), CURLU_URLENCODE) != CURLUE_OK ||
+        ::curl_url_set(url.get(), CURLUPART_URL, std::string(location).c_str(), CURLU_URLENCODE) !=
+            CURLUE_OK ||
         ::curl_url_set(url.get(), CURLUPART_USER, nullptr, 0) != CURLUE_OK ||
         ::curl_url_set(url.get(), CURLUPART_PASSWORD, nullptr, 0) != CURLUE_OK ||
         ::curl_url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) {
@@ -91,7 +95,8 @@ std::string resolveLocation(const std::string& base, std::string_view location) 
     }
     std::string resolved = text;
     ::curl_free(text);
-    return resolved.starts_with("http://") || resolved.starts_with("https://") ? resolved : std::string();
+    return resolved.starts_with("http://") || resolved.starts_with("https://") ? resolved
+                                                                               : std::string();
 }
 
 } // namespace ca::win32

@@ -12,7 +12,8 @@ namespace ca::win32 {
 
 class ResponseHead {
 public:
-    // One line as it came, with its line end. A status line begins anew: the one before belonged to an interim answer.
+    // One line as it came, with its line end. A status line begins anew: the one before
+    // belonged to an interim answer.
     void takeLine(std::string_view line);
     // The empty line has come, and the status is `code`.
     void finish(long code);
@@ -39,8 +40,8 @@ private:
     bool finished = false;
 };
 
-// The address that `location` means when it comes from `base`, without user and password; empty unless it is http or
-// https.
+// The address that `location` means when it comes from `base`, without user and password; empty
+// unless it is http or https.
 std::string resolveLocation(const std::string& base, std::string_view location);
 
 } // namespace ca::win32

@@ -11,7 +11,8 @@ constexpr char32_t replacement = 0xFFFD;
 
 struct Decoded {
     char32_t character;
-    std::size_t length; // bytes taken: of an ill-formed sequence, those that could have begun a well-formed one
+    // bytes taken: of an ill-formed sequence, those that could have begun a well-formed one
+    std::size_t length;
     bool valid;
 };
 
@@ -25,7 +26,8 @@ Decoded decode(std::string_view text) {
         return {replacement, 1, false};
     }
     const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    // The second byte's range is what keeps out overlong forms, surrogates and everything beyond U+10FFFF.
+    // The second byte's range is what keeps out overlong forms, surrogates and
+    // everything beyond U+10FFFF.
     unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     char32_t character = lead & (0x7FU >> length);
@@ -42,19 +44,22 @@ Decoded decode(std::string_view text) {
 
 } // namespace
 
-int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount, LPWSTR wide, int wideCount) {
+int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount, LPWSTR wide,
+                        int wideCount) {
     using ca::win32::fail;
-    if (codePage != CP_UTF8 || bytes == nullptr || byteCount == 0 || byteCount < -1 || wideCount < 0 ||
-        (wide == nullptr && wideCount > 0)) {
+    if (codePage != CP_UTF8 || bytes == nullptr || byteCount == 0 || byteCount < -1 ||
+        wideCount < 0 || (wide == nullptr && wideCount > 0)) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     if ((flags & ~MB_ERR_INVALID_CHARS) != 0) {
         return fail(ERROR_INVALID_FLAGS);
     }
-    std::string_view rest(bytes, byteCount == -1 ? std::strlen(bytes) + 1 : static_cast<std::size_t>(byteCount));
+    std::string_view rest(bytes, byteCount == -1 ? std::strlen(bytes) + 1
+                                                 : static_cast<std::size_t>(byteCount));
     int count = 0;
     while (!rest.empty()) {
-        if (count < wideCount && static_cast<unsigned char>(rest.front()) < 0x80) { // by far the most
+        // by far the most
+        if (count < wideCount && static_cast<unsigned char>(rest.front()) < 0x80) {
             wide[count++] = rest.front();
             rest.remove_prefix(1);
             continue;
@@ -78,17 +83,19 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount,
     return count;
 }
 
-int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount, LPSTR bytes, int byteCount,
-                        LPCSTR defaultCharacter, BOOL* defaultUsed) {
+int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount, LPSTR bytes,
+                        int byteCount, LPCSTR defaultCharacter, BOOL* defaultUsed) {
     using ca::win32::fail;
-    if (codePage != CP_UTF8 || wide == nullptr || wideCount == 0 || wideCount < -1 || byteCount < 0 ||
-        (bytes == nullptr && byteCount > 0) || defaultCharacter != nullptr || defaultUsed != nullptr) {
+    if (codePage != CP_UTF8 || wide == nullptr || wideCount == 0 || wideCount < -1 ||
+        byteCount < 0 || (bytes == nullptr && byteCount > 0) || defaultCharacter != nullptr ||
+        defaultUsed != nullptr) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     if (flags != 0) {
         return fail(ERROR_INVALID_FLAGS);
     }
-    std::wstring text(wide, wideCount == -1 ? std::wcslen(wide) + 1 : static_cast<std::size_t>(wideCount));
+    std::wstring text(wide, wideCount == -1 ? std::wcslen(wide) + 1
+                                            : static_cast<std::size_t>(wideCount));
     for (wchar_t& character : text) {
         if (!ca::win32::toUtf8({&character, 1})) {
             character = L'\uFFFD';
@@ -108,10 +115,11 @@ namespace ca::win32 {
 
 std::optional<std::string> toUtf8(std::wstring_view wide) {
     // Most paths are ASCII up to a file's own name, and a check converts one for each file.
-    const auto ascii =
-        std::find_if(wide.begin(), wide.end(), [](wchar_t c) { return static_cast<char32_t>(c) >= 0x80; });
+    const auto ascii = std::find_if(wide.begin(), wide.end(),
+                                    [](wchar_t c) { return static_cast<char32_t>(c) >= 0x80; });
     std::string text(static_cast<std::size_t>(ascii - wide.begin()), '\0');
-    std::transform(wide.begin(), ascii, text.begin(), [](wchar_t c) { return static_cast<char>(c); });
+    std::transform(wide.begin(), ascii, text.begin(),
+                   [](wchar_t c) { return static_cast<char>(c); });
     text.reserve(wide.size());
     for (const wchar_t wideCharacter : wide.substr(text.size())) {
         const auto character = static_cast<char32_t>(wideCharacter);

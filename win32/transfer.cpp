@@ -15,10 +15,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr long socketPieceSize = 128L * 1024;         // what libcurl reads at once
-constexpr std::size_t maximumHeadBytes = 64UL * 1024; // WinHTTP's default for the head of one response
-constexpr int maximumRedirects = 10;                  // WinHTTP's default
-constexpr int longestWait = 1000;                     // ms; libcurl's own timers end a wait sooner
+constexpr long socketPieceSize = 128L * 1024; // what libcurl reads at once
+// WinHTTP's default for the head of one response
+constexpr std::size_t maximumHeadBytes = 64UL * 1024;
+constexpr int maximumRedirects = 10; // WinHTTP's default
+constexpr int longestWait = 1000;    // ms; libcurl's own timers end a wait sooner
 
 curl_off_t bytesMoved(CURL* easy) {
     curl_off_t inBody = 0;
@@ -46,9 +47,12 @@ bool Transfer::fail(DWORD number) {
 }
 
 bool Transfer::configure() {
-    const auto set = [this](CURLoption option, auto value) { ::curl_easy_setopt(curl.easy, option, value); };
+    const auto set = [this](CURLoption option, auto value) {
+        ::curl_easy_setopt(curl.easy, option, value);
+    };
     set(CURLOPT_NOSIGNAL, 1L);
-    set(CURLOPT_QUICK_EXIT, 1L); // a name server that never answers doesn't hold up the end of a request
+    // a name server that never answers doesn't hold up the end of a request
+    set(CURLOPT_QUICK_EXIT, 1L);
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     set(CURLOPT_PATH_AS_IS, 1L);
@@ -57,8 +61,9 @@ bool Transfer::configure() {
     set(CURLOPT_USERAGENT, settings.userAgent.c_str());
     set(CURLOPT_BUFFERSIZE, socketPieceSize);
     set(CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeout);
-    // The size of a body is counted here: Windows takes a body cut short for a whole one, and a length it can't read
-    // for none. Codings are undone here, because libcurl keeps all that one read decodes to while it is paused.
+    // The size of a body is counted here: Windows takes a body cut short for a whole one, and a
+    // length it can't read for none. Codings are undone here, because libcurl keeps all that one
+    // read decodes to while it is paused.
     set(CURLOPT_IGNORE_CONTENT_LENGTH, 1L);
     set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
@@ -68,8 +73,9 @@ bool Transfer::configure() {
     set(CURLOPT_WRITEDATA, static_cast<void*>(this));
     set(CURLOPT_PREREQFUNCTION, &Transfer::onSend);
     set(CURLOPT_PREREQDATA, static_cast<void*>(this));
-    set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2) |
-                                (settings.onlyTls12 ? static_cast<long>(CURL_SSLVERSION_MAX_TLSv1_2) : 0L));
+    set(CURLOPT_SSLVERSION,
+        static_cast<long>(CURL_SSLVERSION_TLSv1_2) |
+            (settings.onlyTls12 ? static_cast<long>(CURL_SSLVERSION_MAX_TLSv1_2) : 0L));
     if (!settings.proxyFromEnvironment) {
         set(CURLOPT_PROXY, "");
     }
@@ -81,7 +87,8 @@ bool Transfer::configure() {
 bool Transfer::setHeaderFields() {
     constexpr const char* encodings[] = {"", "Accept-Encoding: gzip", "Accept-Encoding: deflate",
                                          "Accept-Encoding: gzip, deflate"};
-    for (const char* field : {"Accept:", "Connection: Keep-Alive", encodings[settings.decompression]}) {
+    for (const char* field :
+         {"Accept:", "Connection: Keep-Alive", encodings[settings.decompression]}) {
         curl_slist* longer = *field == '\0' ? fields : ::curl_slist_append(fields, field);
         if (longer == nullptr) {
             return fail(ERROR_NOT_ENOUGH_MEMORY);
@@ -130,10 +137,12 @@ bool Transfer::receive() {
 }
 
 bool Transfer::isToBeFollowed() const {
-    if (head.redirect().empty() || settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_NEVER) {
+    if (head.redirect().empty() ||
+        settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_NEVER) {
         return false;
     }
-    return settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS || settings.url.starts_with("http:") ||
+    return settings.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS ||
+           settings.url.starts_with("http:") ||
            !resolveLocation(settings.url, head.redirect()).starts_with("http:");
 }
 
@@ -154,7 +163,8 @@ bool Transfer::pump(Condition condition) {
     Clock::time_point lastMove = Clock::now();
     while (!condition() && !ended) {
         int running = 0;
-        // Twice before the request is out: a near server has taken the connection by then, and waiting costs more.
+        // Twice before the request is out: a near server has taken the connection by then,
+        // and waiting costs more.
         for (int tries = sent ? 1 : 2; tries > 0 && !condition(); --tries) {
             if (::curl_multi_perform(curl.multi, &running) != CURLM_OK) {
                 return fail(ERROR_WINHTTP_INTERNAL_ERROR);
@@ -173,7 +183,9 @@ bool Transfer::pump(Condition condition) {
         }
         int wait = longestWait;
         if (settings.receiveTimeout > 0) {
-            const auto quiet = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastMove).count();
+            const auto quiet =
+                std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastMove)
+                    .count();
             if (quiet >= settings.receiveTimeout) {
                 return fail(ERROR_WINHTTP_TIMEOUT);
             }
@@ -197,7 +209,8 @@ bool Transfer::collectResult() {
 
 bool Transfer::resume() {
     paused = false;
-    const CURLcode result = ::curl_easy_pause(curl.easy, CURLPAUSE_CONT); // which may hand over bytes at once
+    // which may hand over bytes at once
+    const CURLcode result = ::curl_easy_pause(curl.easy, CURLPAUSE_CONT);
     return result == CURLE_OK || fail(errorFromResult(result));
 }
 
@@ -218,7 +231,8 @@ bool Transfer::available(std::span<const char>& bytes) {
             return true;
         }
         if (!paused || resume()) {
-            pump([this] { return body.holds() || body.whole(); }); // a failure shows behind the bytes before it
+            // a failure shows behind the bytes before it
+            pump([this] { return body.holds() || body.whole(); });
         }
     }
 }
@@ -232,9 +246,10 @@ void Transfer::takeHeaderLine(std::string_view line) {
     ::curl_easy_getinfo(curl.easy, CURLINFO_RESPONSE_CODE, &status);
     head.finish(status);
     if (head.complete()) {
-        const DWORD flag =
-            head.coding() == Coding::gzip ? WINHTTP_DECOMPRESSION_FLAG_GZIP : WINHTTP_DECOMPRESSION_FLAG_DEFLATE;
-        body = Body(head.bodySize(), (settings.decompression & flag) != 0 ? head.coding() : Coding::none);
+        const DWORD flag = head.coding() == Coding::gzip ? WINHTTP_DECOMPRESSION_FLAG_GZIP
+                                                         : WINHTTP_DECOMPRESSION_FLAG_DEFLATE;
+        body = Body(head.bodySize(),
+                    (settings.decompression & flag) != 0 ? head.coding() : Coding::none);
     }
 }
 

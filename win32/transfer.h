@@ -1,5 +1,5 @@
-// One GET over libcurl, pulled: nothing moves unless a call below runs, so the memory in use is one buffer of fixed
-// size, however long the body and however slow its reader.
+// One GET over libcurl, pulled: nothing moves unless a call below runs, so the memory in use is one
+// buffer of fixed size, however long the body and however slow its reader.
 #pragma once
 
 #include "body.h"
@@ -25,7 +25,8 @@ struct TransferSettings {
     bool onlyTls12 = false;
 };
 
-// Used by one thread at a time. Every call blocks; after a failure error() is its Win32 or WinHTTP number.
+// Used by one thread at a time. Every call blocks; after a failure error() is its
+// Win32 or WinHTTP number.
 class Transfer {
 public:
     explicit Transfer(TransferSettings chosen);

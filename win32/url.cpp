@@ -23,9 +23,10 @@ struct Parts {
 };
 
 bool equalsIgnoringCase(std::wstring_view text, std::wstring_view lower) {
-    return std::equal(text.begin(), text.end(), lower.begin(), lower.end(), [](wchar_t a, wchar_t b) {
-        return (a >= L'A' && a <= L'Z' ? static_cast<wchar_t>(a - L'A' + L'a') : a) == b;
-    });
+    return std::equal(
+        text.begin(), text.end(), lower.begin(), lower.end(), [](wchar_t a, wchar_t b) {
+            return (a >= L'A' && a <= L'Z' ? static_cast<wchar_t>(a - L'A' + L'a') : a) == b;
+        });
 }
 
 // What stands before `end` of `text`, which then begins with `end` or is empty.
@@ -105,7 +106,8 @@ DWORD crack(std::wstring_view url, Parts& parts) {
 
 void give(std::wstring_view part, LPWSTR& pointer, DWORD& length) {
     if (length != 0) {
-        pointer = const_cast<LPWSTR>(part.data()); // as the SDK types a pointer into the caller's own text
+        // as the SDK types a pointer into the caller's own text
+        pointer = const_cast<LPWSTR>(part.data());
         length = static_cast<DWORD>(part.size());
     }
 }
@@ -114,12 +116,14 @@ void give(std::wstring_view part, LPWSTR& pointer, DWORD& length) {
 
 BOOL WinHttpCrackUrl(LPCWSTR url, DWORD length, DWORD flags, LPURL_COMPONENTS parts) {
     if (url == nullptr || parts == nullptr || parts->dwStructSize != sizeof(*parts) || flags != 0 ||
-        parts->lpszScheme != nullptr || parts->lpszHostName != nullptr || parts->lpszUserName != nullptr ||
-        parts->lpszPassword != nullptr || parts->lpszUrlPath != nullptr || parts->lpszExtraInfo != nullptr) {
+        parts->lpszScheme != nullptr || parts->lpszHostName != nullptr ||
+        parts->lpszUserName != nullptr || parts->lpszPassword != nullptr ||
+        parts->lpszUrlPath != nullptr || parts->lpszExtraInfo != nullptr) {
         return fail(ERROR_INVALID_PARAMETER);
     }
     Parts found;
-    const std::wstring_view text = length == 0 ? std::wstring_view(url) : std::wstring_view(url, length);
+    const std::wstring_view text =
+        length == 0 ? std::wstring_view(url) : std::wstring_view(url, length);
     const DWORD error = crack(text, found);
     if (error != ERROR_SUCCESS) {
         return fail(error);

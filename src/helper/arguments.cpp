@@ -17,16 +17,19 @@ constexpr std::wstring_view stagePrefix = L"stage-";
 std::vector<std::wstring> commandLine() {
     int count = 0;
     wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    if (!words)
+    if (!words) {
         return {};
+    }
     std::vector<std::wstring> result(words, words + count);
     ::LocalFree(words);
     return result;
 }
 
 bool readProcessId(const std::wstring& text, DWORD& processId) {
-    if (text.empty() || text.size() > 10 || text.find_first_not_of(L"0123456789") != std::wstring::npos)
+    if (text.empty() || text.size() > 10 ||
+        text.find_first_not_of(L"0123456789") != std::wstring::npos) {
         return false;
+    }
     const unsigned long long number = std::stoull(text);
     processId = static_cast<DWORD>(number);
     return number == processId && number != 0;
@@ -35,8 +38,10 @@ bool readProcessId(const std::wstring& text, DWORD& processId) {
 // The path with "." and ".." resolved and one kind of separator; empty when the system refuses it.
 std::wstring fullPath(const std::wstring& path) {
     std::wstring full(::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
-    if (!full.empty())
-        full.resize(::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    if (!full.empty()) {
+        full.resize(::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(),
+                                       nullptr));
+    }
     return full;
 }
 
@@ -44,24 +49,32 @@ std::wstring fullPath(const std::wstring& path) {
 bool readStage(Arguments& arguments, wchar_t separator) {
     arguments.work = arguments.folder + separator + std::wstring(workFolderName);
     const std::wstring start = arguments.work + separator + std::wstring(stagePrefix);
-    if (!arguments.staged.starts_with(start))
+    if (!arguments.staged.starts_with(start)) {
         return false;
+    }
     const std::size_t end = arguments.staged.find(separator, start.size());
-    if (end == std::wstring::npos || end + 1 == arguments.staged.size())
+    if (end == std::wstring::npos || end + 1 == arguments.staged.size()) {
         return false;
+    }
     const std::wstring stamp = arguments.staged.substr(start.size(), end - start.size());
-    if (stamp.empty() || stamp.find_first_not_of(L"0123456789") != std::wstring::npos)
+    if (stamp.empty() || stamp.find_first_not_of(L"0123456789") != std::wstring::npos) {
         return false;
+    }
     arguments.stage = arguments.staged.substr(0, end);
     arguments.backup = arguments.work + separator + L"backup-" + stamp;
-    for (std::wstring* path : {&arguments.work, &arguments.staged, &arguments.stage, &arguments.backup})
+    for (std::wstring* path :
+         {&arguments.work, &arguments.staged, &arguments.stage, &arguments.backup}) {
         *path = install::withoutLimit(*path);
-    if (install::isLink(arguments.work))
+    }
+    if (install::isLink(arguments.work)) {
         return false;
+    }
     for (std::size_t at = arguments.stage.size(); at != std::wstring::npos;
-         at = arguments.staged.find(separator, at + 1))
-        if (install::isLink(arguments.staged.substr(0, at)))
+         at = arguments.staged.find(separator, at + 1)) {
+        if (install::isLink(arguments.staged.substr(0, at))) {
             return false;
+        }
+    }
     return !install::isLink(arguments.staged);
 }
 
@@ -69,20 +82,25 @@ bool readStage(Arguments& arguments, wchar_t separator) {
 
 ExitStatus readArguments(Arguments& arguments) {
     const std::vector<std::wstring> words = commandLine();
-    if (words.size() != 9 || words[1] != L"--wait-pid" || words[3] != L"--replace" || words[5] != L"--target" ||
-        words[7] != L"--relaunch" || !readProcessId(words[2], arguments.processId))
+    if (words.size() != 9 || words[1] != L"--wait-pid" || words[3] != L"--replace" ||
+        words[5] != L"--target" || words[7] != L"--relaunch" ||
+        !readProcessId(words[2], arguments.processId)) {
         return exitBadCommandLine;
+    }
     arguments.staged = fullPath(words[4]);
     arguments.target = fullPath(words[6]);
-    if (arguments.staged.empty() || arguments.target.empty())
+    if (arguments.staged.empty() || arguments.target.empty()) {
         return exitBadCommandLine;
+    }
     if (words[6] != words[8] || !arguments.target.ends_with(launcherName) ||
-        arguments.target.size() < launcherName.size() + 2)
+        arguments.target.size() < launcherName.size() + 2) {
         return exitBadTarget;
+    }
     const std::size_t nameBegins = arguments.target.size() - launcherName.size();
     const wchar_t separator = arguments.target[nameBegins - 1];
-    if (separator != L'\\' && separator != L'/')
+    if (separator != L'\\' && separator != L'/') {
         return exitBadTarget;
+    }
     arguments.folder = arguments.target.substr(0, nameBegins - 1);
     return readStage(arguments, separator) ? exitReplaced : exitBadStage;
 }

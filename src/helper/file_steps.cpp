@@ -15,23 +15,30 @@ constexpr install::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longe
 } // namespace
 
 bool isMissing(const std::wstring& path) {
-    return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
+    return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES &&
+           ::GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
 bool isProgram(const std::wstring& file) {
     DWORD kind = 0;
-    return install::withRetries(times, [&] { return ::GetBinaryTypeW(file.c_str(), &kind) != 0; }) &&
+    return install::withRetries(times,
+                                [&] { return ::GetBinaryTypeW(file.c_str(), &kind) != 0; }) &&
            kind == SCS_64BIT_BINARY;
 }
 
 bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name) {
     const std::wstring copy = folder + name;
-    ::CreateDirectoryW(folder.c_str(), nullptr); // mostly there already; a failure shows in the next step
-    if (install::isLink(folder))
+    // mostly there already; a failure shows in the next step
+    ::CreateDirectoryW(folder.c_str(), nullptr);
+    if (install::isLink(folder)) {
         return false;
-    // What is left there may be a second name of the target itself, which a copy would overwrite with itself.
-    if (!isMissing(copy) && !install::withRetries(times, [&] { return ::DeleteFileW(copy.c_str()) != 0; }))
+    }
+    // What is left there may be a second name of the target itself, which a copy would
+    // overwrite with itself.
+    if (!isMissing(copy) &&
+        !install::withRetries(times, [&] { return ::DeleteFileW(copy.c_str()) != 0; })) {
         return false;
+    }
     return install::withRetries(times, [&] {
         return ::CreateHardLinkW(copy.c_str(), target.c_str(), nullptr) ||
                (::CopyFileW(target.c_str(), copy.c_str(), TRUE) && flushToDisk(copy));
@@ -40,10 +47,11 @@ bool keepAside(const std::wstring& target, const std::wstring& folder, const std
 
 bool flushToDisk(const std::wstring& file) {
     return install::withRetries(times, [&] {
-        const HANDLE handle = ::CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                            FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (handle == INVALID_HANDLE_VALUE)
+        const HANDLE handle = ::CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle == INVALID_HANDLE_VALUE) {
             return false;
+        }
         const bool flushed = ::FlushFileBuffers(handle) != 0;
         const DWORD error = ::GetLastError();
         ::CloseHandle(handle);
@@ -54,7 +62,8 @@ bool flushToDisk(const std::wstring& file) {
 
 bool moveOver(const std::wstring& from, const std::wstring& to) {
     return install::withRetries(times, [&] {
-        return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+        return ::MoveFileExW(from.c_str(), to.c_str(),
+                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
     });
 }
 
@@ -64,10 +73,11 @@ bool start(const std::wstring& program, const std::wstring& folder) {
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
     if (!install::withRetries(times, [&] {
-            return ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                    folder.c_str(), &startup, &process) != 0;
-        }))
+            return ::CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0,
+                                    nullptr, folder.c_str(), &startup, &process) != 0;
+        })) {
         return false;
+    }
     ::CloseHandle(process.hThread);
     ::CloseHandle(process.hProcess);
     return true;

@@ -9,9 +9,11 @@ namespace ca::install {
 // Owns a handle of CreateFileW. Not copyable; belongs to one thread.
 class FileHandle {
 public:
-    // Opens an existing file for reading front to back. Others may read, write, rename or delete it meanwhile.
+    // Opens an existing file for reading front to back. Others may read, write, rename
+    // or delete it meanwhile.
     static FileHandle openForReading(const std::filesystem::path& path);
-    // Makes the file, or empties the one that is there, for writing. Others may only read it meanwhile.
+    // Makes the file, or empties the one that is there, for writing. Others may
+    // only read it meanwhile.
     static FileHandle createForWriting(const std::filesystem::path& path);
 
     FileHandle(const FileHandle&) = delete;

@@ -24,16 +24,20 @@ std::wstring withoutLimit(const std::wstring& path) {
 
 bool isLink(const std::wstring& path) {
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
 bool makeFolders(const std::wstring& folder) {
-    if (isFolder(folder) || ::CreateDirectoryW(folder.c_str(), nullptr))
+    if (isFolder(folder) || ::CreateDirectoryW(folder.c_str(), nullptr)) {
         return true;
+    }
     const std::size_t end = folder.find_last_of(L"/\\");
-    if (::GetLastError() != ERROR_PATH_NOT_FOUND || end == std::wstring::npos || end == 0)
+    if (::GetLastError() != ERROR_PATH_NOT_FOUND || end == std::wstring::npos || end == 0) {
         return isFolder(folder); // another process may just have made it
-    return makeFolders(folder.substr(0, end)) && (::CreateDirectoryW(folder.c_str(), nullptr) || isFolder(folder));
+    }
+    return makeFolders(folder.substr(0, end)) &&
+           (::CreateDirectoryW(folder.c_str(), nullptr) || isFolder(folder));
 }
 
 void removeFolder(const std::wstring& folder) {
@@ -44,12 +48,16 @@ void removeFolder(const std::wstring& folder) {
         if (search != INVALID_HANDLE_VALUE) {
             do {
                 const std::wstring_view name = entry.cFileName;
-                if (name == L"." || name == L"..")
+                if (name == L"." || name == L"..") {
                     continue;
-                if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                }
+                if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
                     removeFolder(inside + entry.cFileName);
-                else
-                    withRetries(tidyingTimes, [&] { return ::DeleteFileW((inside + entry.cFileName).c_str()) != 0; });
+                } else {
+                    withRetries(tidyingTimes, [&] {
+                        return ::DeleteFileW((inside + entry.cFileName).c_str()) != 0;
+                    });
+                }
             } while (::FindNextFileW(search, &entry));
             ::FindClose(search);
         }

@@ -14,10 +14,11 @@ namespace {
 
 template <typename Native>
 std::wstring wideFromNative(const Native& native) {
-    if constexpr (std::is_same_v<Native, std::wstring>)
+    if constexpr (std::is_same_v<Native, std::wstring>) {
         return native;
-    else
+    } else {
         return wideFromUtf8(native);
+    }
 }
 
 std::string utf8FromWide(const std::wstring& wide) {
@@ -26,33 +27,38 @@ std::string utf8FromWide(const std::wstring& wide) {
         return ::WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text, size, nullptr, nullptr);
     };
     std::string text(static_cast<std::size_t>(wide.empty() ? 0 : convert(nullptr, 0)), '\0');
-    if (!text.empty())
+    if (!text.empty()) {
         convert(text.data(), static_cast<int>(text.size()));
+    }
     return text;
 }
 
 template <typename Native>
 std::string utf8FromNative(const Native& native) {
-    if constexpr (std::is_same_v<Native, std::wstring>)
+    if constexpr (std::is_same_v<Native, std::wstring>) {
         return utf8FromWide(native);
-    else
+    } else {
         return native;
+    }
 }
 
 template <typename Native>
 Native nativeFromWide(const std::wstring& wide) {
-    if constexpr (std::is_same_v<Native, std::wstring>)
+    if constexpr (std::is_same_v<Native, std::wstring>) {
         return wide;
-    else
+    } else {
         return utf8FromWide(wide);
+    }
 }
 
-// Whether the path has none of these attributes; `judge` tells of a link by the status of where it leads.
+// Whether the path has none of these attributes; `judge` tells of a link by the
+// status of where it leads.
 template <typename Judge>
 bool hasKind(const fs::path& path, DWORD unwanted, Judge judge) {
     const DWORD attributes = ::GetFileAttributesW(systemPath(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         return attributes != INVALID_FILE_ATTRIBUTES && (attributes & unwanted) == 0;
+    }
     std::error_code ignored;
     return judge(fs::status(path, ignored));
 }
@@ -60,9 +66,11 @@ bool hasKind(const fs::path& path, DWORD unwanted, Judge judge) {
 } // namespace
 
 fs::path executableDir() {
-    // The longest path that Windows knows has 32,767 characters; a result of the buffer's size means that it was cut.
+    // The longest path that Windows knows has 32,767 characters; a result of the buffer's size
+    // means that it was cut.
     std::vector<wchar_t> buffer(32768);
-    const DWORD length = ::GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+    const DWORD length =
+        ::GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
     if (length == 0 || length >= buffer.size()) {
         std::error_code ignored;
         return fs::current_path(ignored);
@@ -85,7 +93,8 @@ std::wstring wideFromPath(const fs::path& path) {
 std::wstring systemPath(const fs::path& path) {
     constexpr std::size_t longest = 239; // Windows wants room for a short name below a folder
     std::wstring wide = wideFromPath(path);
-    return wide.size() <= longest ? wide : withoutLimit(wideFromPath(fs::path(path).make_preferred()));
+    return wide.size() <= longest ? wide
+                                  : withoutLimit(wideFromPath(fs::path(path).make_preferred()));
 }
 
 fs::path pathFromWide(const std::wstring& wide) {
@@ -93,12 +102,13 @@ fs::path pathFromWide(const std::wstring& wide) {
 }
 
 std::wstring wideFromUtf8(std::string_view text) {
-    if (text.empty())
+    if (text.empty()) {
         return {};
+    }
     const int size = static_cast<int>(text.size());
     std::wstring wide(text.size(), L'\0'); // no character takes more units than bytes
-    wide.resize(static_cast<std::size_t>(
-        ::MultiByteToWideChar(CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()))));
+    wide.resize(static_cast<std::size_t>(::MultiByteToWideChar(
+        CP_UTF8, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()))));
     return wide;
 }
 

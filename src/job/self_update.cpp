@@ -7,14 +7,16 @@
 
 namespace ca::job {
 
-bool startUpdateHelper(const std::filesystem::path& helper, const std::filesystem::path& stagedLauncher,
+bool startUpdateHelper(const std::filesystem::path& helper,
+                       const std::filesystem::path& stagedLauncher,
                        const std::filesystem::path& target) {
-    if (::GetEnvironmentVariableW(install::selfUpdateFailedVariable, nullptr, 0) != 0)
+    if (::GetEnvironmentVariableW(install::selfUpdateFailedVariable, nullptr, 0) != 0) {
         return false;
-    const std::wstring arguments = L" --wait-pid " + std::to_wstring(::GetCurrentProcessId()) + L" --replace \"" +
-                                   install::wideFromPath(stagedLauncher) + L"\" --target \"" +
-                                   install::wideFromPath(target) + L"\" --relaunch \"" + install::wideFromPath(target) +
-                                   L"\"";
+    }
+    const std::wstring arguments = L" --wait-pid " + std::to_wstring(::GetCurrentProcessId()) +
+                                   L" --replace \"" + install::wideFromPath(stagedLauncher) +
+                                   L"\" --target \"" + install::wideFromPath(target) +
+                                   L"\" --relaunch \"" + install::wideFromPath(target) + L"\"";
     return install::startProcess(helper, arguments, CREATE_NO_WINDOW);
 }
 

@@ -18,8 +18,9 @@ namespace {
 bool claimJob(Shared& shared, bool repair) {
     const std::lock_guard lock(shared.mutex);
     SharedSnapshot& state = shared.state;
-    if (state.busy)
+    if (state.busy) {
         return false;
+    }
     state.jobState = JobState::Checking;
     state.statusText = repair ? "CHECKING GAME FILES..." : "CHECKING FOR UPDATES...";
     state.detailText.clear();
@@ -29,9 +30,9 @@ bool claimJob(Shared& shared, bool repair) {
     return true;
 }
 
-// Held while a job's thread is started and detached; the thread waits for that. MinGW-w64's threads library forgets the
-// record from which a new thread learns what to run as soon as it is detached: about one thread in 10,000 was detached
-// before it had looked, and then ran nothing or crashed.
+// Held while a job's thread is started and detached; the thread waits for that. MinGW-w64's threads
+// library forgets the record from which a new thread learns what to run as soon as it is detached:
+// about one thread in 10,000 was detached before it had looked, and then ran nothing or crashed.
 std::mutex starting;
 
 void startDetached(UpdateJob job) {
@@ -44,10 +45,11 @@ void startDetached(UpdateJob job) {
 
 } // namespace
 
-void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir, const std::string& channel, bool repair,
-                    bool elevated) {
-    if (!claimJob(shared, repair))
+void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir,
+                    const std::string& channel, bool repair, bool elevated) {
+    if (!claimJob(shared, repair)) {
         return;
+    }
     try {
         startDetached(UpdateJob{&shared, installDir, channel, repair, elevated});
     } catch (const std::exception&) { // no thread, or no memory for one

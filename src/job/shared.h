@@ -23,10 +23,10 @@ enum class JobState : std::int32_t {
 struct SharedSnapshot {
     JobState jobState = JobState::Starting;
     std::string statusText = "STARTING..."; // headline of the status panel
-    std::string detailText;                 // the line below: versions, a file count, a failure token or a path
-    std::string latestVersion;              // of the last manifest that passed the check; empty until then
-    // The release notes of that manifest; null until then. The text never changes once it is published, and copies
-    // share it, so that a frame costs the same however long the notes are.
+    std::string detailText;    // the line below: versions, a file count, a failure token or a path
+    std::string latestVersion; // of the last manifest that passed the check; empty until then
+    // The release notes of that manifest; null until then. The text never changes once it is
+    // published, and copies share it, so that a frame costs the same however long the notes are.
     std::shared_ptr<const std::string> patchNotes;
     std::uint64_t progressDone = 0;  // bytes
     std::uint64_t progressTotal = 0; // bytes; 0 shows no progress bar
@@ -36,8 +36,8 @@ struct SharedSnapshot {
     bool exitRequested = false;      // another process takes over; never cleared
 };
 
-// Every access to `state` holds the mutex, and holds it for copying and assigning alone: never across a network
-// request, a file access, the start of a process or a call into the update engine.
+// Every access to `state` holds the mutex, and holds it for copying and assigning alone: never
+// across a network request, a file access, the start of a process or a call into the update engine.
 struct Shared {
     std::mutex mutex;
     SharedSnapshot state;
@@ -46,12 +46,12 @@ struct Shared {
 // A copy of the whole record. Any thread.
 SharedSnapshot snapshotShared(Shared& shared);
 
-// Starts the update job on a detached thread of its own; a call while `busy` is dropped. `shared` must stay valid until
-// the process ends, since the job is neither told nor awaited when the window closes. `repair` changes two headlines
-// and nothing else; `elevated` says that this process came through the elevation prompt. The outcome is what the job
-// writes into `shared`; a thread that can't be started reads "UPDATE FAILED - TRY AGAIN" and "job_thread_failed". Any
-// thread.
-void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir, const std::string& channel, bool repair,
-                    bool elevated);
+// Starts the update job on a detached thread of its own; a call while `busy` is dropped. `shared`
+// must stay valid until the process ends, since the job is neither told nor awaited when the window
+// closes. `repair` changes two headlines and nothing else; `elevated` says that this process came
+// through the elevation prompt. The outcome is what the job writes into `shared`; a thread that
+// can't be started reads "UPDATE FAILED - TRY AGAIN" and "job_thread_failed". Any thread.
+void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir,
+                    const std::string& channel, bool repair, bool elevated);
 
 } // namespace ca::job

@@ -54,10 +54,12 @@ struct Comparison {
     bool updateAvailable() const { return order < 0 || filesDiffer; }
 
     bool updateRequired(const UpdateManifest& manifest) const {
-        if (!updateAvailable())
+        if (!updateAvailable()) {
             return false;
-        return manifest.mandatory || (!manifest.minimum_online_version.empty() &&
-                                      compareVersions(installed, manifest.minimum_online_version) < 0);
+        }
+        return manifest.mandatory ||
+               (!manifest.minimum_online_version.empty() &&
+                compareVersions(installed, manifest.minimum_online_version) < 0);
     }
 };
 
@@ -72,11 +74,13 @@ void publish(Shared& shared, const Comparison& comparison, const UpdatePlan& pla
     state.progressTotal = state.updateAvailable ? plan.totalBytes : 0;
 }
 
-// Asks for the rights that the installation needs. True: this process may install. False: the job has ended.
+// Asks for the rights that the installation needs. True: this process may install.
+// False: the job has ended.
 bool mayInstall(const UpdateJob& job) {
     Shared& shared = *job.shared;
-    if (job.elevated || isFolderWritable(job.installDir))
+    if (job.elevated || isFolderWritable(job.installDir)) {
         return true;
+    }
     {
         const std::lock_guard lock(shared.mutex);
         setTexts(shared.state, JobState::HandingOver, "WINDOWS PERMISSION REQUIRED",
@@ -86,14 +90,16 @@ bool mayInstall(const UpdateJob& job) {
         const std::lock_guard lock(shared.mutex);
         shared.state.exitRequested = true;
     } else {
-        finish(shared, JobState::Failed, "UPDATE PERMISSION DENIED", "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
+        finish(shared, JobState::Failed, "UPDATE PERMISSION DENIED",
+               "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
     }
     return false;
 }
 
 void announceUpdate(const UpdateJob& job, const UpdatePlan& plan) {
     const std::lock_guard lock(job.shared->mutex);
-    setTexts(job.shared->state, JobState::Updating, job.repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
+    setTexts(job.shared->state, JobState::Updating,
+             job.repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
              std::to_string(plan.files.size()) + " FILES REQUIRE UPDATE");
 }
 
@@ -105,16 +111,19 @@ update::ProgressCallback reportTo(Shared& shared) {
     };
 }
 
-// A new launcher waits in the stage folder; the update helper puts it in place once this process has ended.
+// A new launcher waits in the stage folder; the update helper puts it in place once
+// this process has ended.
 void handOverToHelper(const UpdateJob& job, const std::filesystem::path& stagedLauncher) {
     const bool started = startUpdateHelper(job.installDir / install::helperFileName, stagedLauncher,
                                            job.installDir / install::launcherFileName);
     if (!started) {
-        finish(*job.shared, JobState::Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");
+        finish(*job.shared, JobState::Failed, "LAUNCHER SELF-UPDATE FAILED",
+               "COULD NOT START UPDATE HELPER");
         return;
     }
     const std::lock_guard lock(job.shared->mutex);
-    job.shared->state.exitRequested = true; // first: the helper waits, whatever becomes of the texts
+    // first: the helper waits, whatever becomes of the texts
+    job.shared->state.exitRequested = true;
     setTexts(job.shared->state, JobState::HandingOver, "LAUNCHER UPDATED", "RESTARTING...");
 }
 
@@ -125,7 +134,8 @@ void finishInstalled(const UpdateJob& job, const UpdatePlan& plan) {
     const std::lock_guard lock(job.shared->mutex);
     SharedSnapshot& state = job.shared->state;
     if (compareVersions(found, version) != 0) {
-        setTexts(state, JobState::Failed, "VERSION MARKER UPDATE FAILED", "EXPECTED " + version + " // FOUND " + found);
+        setTexts(state, JobState::Failed, "VERSION MARKER UPDATE FAILED",
+                 "EXPECTED " + version + " // FOUND " + found);
         state.updateAvailable = true;
     } else {
         setTexts(state, JobState::Ready, "READY TO PLAY", "INSTALLED VERSION " + found);
@@ -148,14 +158,18 @@ bool findWork(const UpdateJob& job, const update::Updater& updater, UpdatePlan& 
     const Comparison comparison(job.installDir, plan);
     const std::string& installed = comparison.installed;
     publish(shared, comparison, plan);
-    if (comparison.updateAvailable())
+    if (comparison.updateAvailable()) {
         return true;
+    }
     // From here on `updateAvailable` is false: publish has said so.
-    if (comparison.order > 0)
+    if (comparison.order > 0) {
         finish(shared, JobState::Ready, "READY TO PLAY",
-               "INSTALLED " + installed + " // SERVER " + plan.manifest.version + " // DOWNGRADE BLOCKED");
-    else
-        finish(shared, JobState::Ready, "READY TO PLAY", "VERSION " + installed + " // " + job.channel);
+               "INSTALLED " + installed + " // SERVER " + plan.manifest.version +
+                   " // DOWNGRADE BLOCKED");
+    } else {
+        finish(shared, JobState::Ready, "READY TO PLAY",
+               "VERSION " + installed + " // " + job.channel);
+    }
     return false;
 }
 
@@ -167,14 +181,16 @@ void install(const UpdateJob& job, const update::Updater& updater, const UpdateP
         finishApplyFailed(*job.shared, error);
         return;
     }
-    // Every file was intact and only the marker is behind: nothing else would ever bring it up to date. A failure shows
-    // when the marker is read back.
-    if (plan.files.empty())
+    // Every file was intact and only the marker is behind: nothing else would ever bring it up to
+    // date. A failure shows when the marker is read back.
+    if (plan.files.empty()) {
         static_cast<void>(install::writeInstalledVersion(job.installDir, plan.manifest.version));
-    if (stagedLauncher.empty())
+    }
+    if (stagedLauncher.empty()) {
         finishInstalled(job, plan);
-    else
+    } else {
         handOverToHelper(job, stagedLauncher);
+    }
 }
 
 } // namespace
@@ -193,10 +209,12 @@ void runUpdateJob(const UpdateJob& job) {
     };
     try {
         update::Updater updater(job.installDir);
-        updater.serverUrl = install::trimText(install::readTextFile(install::updateServerFile(job.installDir)));
+        updater.serverUrl =
+            install::trimText(install::readTextFile(install::updateServerFile(job.installDir)));
         UpdatePlan plan;
-        if (!findWork(job, updater, plan) || !mayInstall(job))
+        if (!findWork(job, updater, plan) || !mayInstall(job)) {
             return;
+        }
         installing = true;
         install(job, updater, plan);
     } catch (const std::bad_alloc&) {

@@ -1,4 +1,5 @@
-// The update job: one straight pass that asks the channel, compares, installs what is needed and writes how it ended.
+// The update job: one straight pass that asks the channel, compares, installs what is needed
+// and writes how it ended.
 #pragma once
 
 #include "job/shared.h"
@@ -17,9 +18,9 @@ struct UpdateJob {
     bool elevated;
 };
 
-// The body of the job's thread; beginUpdateJob has set `busy`. It tries nothing twice, looks at no stop flag, and no
-// exception leaves it. Its last access to `shared` writes the ending and, unless another process takes over, clears
-// `busy`.
+// The body of the job's thread; beginUpdateJob has set `busy`. It tries nothing twice, looks at no
+// stop flag, and no exception leaves it. Its last access to `shared` writes the ending and, unless
+// another process takes over, clears `busy`.
 void runUpdateJob(const UpdateJob& job);
 
 } // namespace ca::job

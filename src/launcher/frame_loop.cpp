@@ -21,27 +21,33 @@ void reportMissingGame(job::Shared& shared, const std::filesystem::path& exePath
 // True when the game has been started and the launcher's work is done.
 bool play(const LauncherState& launcher) {
     const std::filesystem::path exePath = launcher.installDir / gameExecutableName();
-    if (install::pathExists(exePath) && startGame(exePath))
+    if (install::pathExists(exePath) && startGame(exePath)) {
         return true;
+    }
     reportMissingGame(*launcher.shared, exePath);
     return false;
 }
 
 void beginJob(const LauncherState& launcher, bool repair) {
-    job::beginUpdateJob(*launcher.shared, launcher.installDir, launcher.channel, repair, launcher.elevatedUpdate);
+    job::beginUpdateJob(*launcher.shared, launcher.installDir, launcher.channel, repair,
+                        launcher.elevatedUpdate);
 }
 
-// Both handlers decide on a fresh snapshot, not on the one that was drawn. True when the game has been started.
+// Both handlers decide on a fresh snapshot, not on the one that was drawn. True when the
+// game has been started.
 bool handleClick(const LauncherState& launcher, float x, float y) {
     const job::SharedSnapshot snapshot = snapshotShared(*launcher.shared);
-    if (snapshot.busy)
+    if (snapshot.busy) {
         return false;
-    if (contains(mainButton, x, y) && !snapshot.updateRequired)
+    }
+    if (contains(mainButton, x, y) && !snapshot.updateRequired) {
         return play(launcher);
-    if (contains(repairButton, x, y))
+    }
+    if (contains(repairButton, x, y)) {
         beginJob(launcher, true);
-    else if (contains(refreshButton, x, y))
+    } else if (contains(refreshButton, x, y)) {
         beginJob(launcher, false);
+    }
     return false;
 }
 
@@ -50,20 +56,24 @@ bool handleEnter(const LauncherState& launcher) {
     return !snapshot.busy && !snapshot.updateRequired && play(launcher);
 }
 
-// Handles every waiting event; one behind a quit event still counts. False when the launcher is to end.
+// Handles every waiting event; one behind a quit event still counts. False when
+// the launcher is to end.
 bool drainEvents(const LauncherState& launcher) {
     bool running = true;
-    bool played = false; // a second click or key press in the same frame doesn't start a second game
+    // a second click or key press in the same frame doesn't start a second game
+    bool played = false;
     SDL_Event event{};
     while (SDL_PollEvent(&event)) {
-        if (event.type == SDL_EVENT_QUIT)
+        if (event.type == SDL_EVENT_QUIT) {
             running = false;
-        else if (played)
+        } else if (played) {
             continue;
-        else if (event.type == SDL_EVENT_MOUSE_BUTTON_DOWN && event.button.button == SDL_BUTTON_LEFT)
+        } else if (event.type == SDL_EVENT_MOUSE_BUTTON_DOWN &&
+                   event.button.button == SDL_BUTTON_LEFT) {
             played = handleClick(launcher, event.button.x, event.button.y);
-        else if (event.type == SDL_EVENT_KEY_DOWN && event.key.scancode == SDL_SCANCODE_RETURN)
+        } else if (event.type == SDL_EVENT_KEY_DOWN && event.key.scancode == SDL_SCANCODE_RETURN) {
             played = handleEnter(launcher);
+        }
     }
     return running && !played;
 }
@@ -74,8 +84,9 @@ void runFrameLoop(LauncherState& launcher) {
     for (bool running = true; running;) {
         running = drainEvents(launcher);
         const job::SharedSnapshot snapshot = snapshotShared(*launcher.shared);
-        if (snapshot.exitRequested)
+        if (snapshot.exitRequested) {
             running = false;
+        }
         drawScreen(launcher.renderer, launcher.installDir, snapshot, launcher.localPatchNotes);
     }
 }

@@ -1,4 +1,5 @@
-// ColdAnchorLauncher.exe. Exit status 0 when the frame loop ended, 1 to 3 when SDL, the window or the renderer failed.
+// ColdAnchorLauncher.exe. Exit status 0 when the frame loop ended, 1 to 3 when SDL, the window
+// or the renderer failed.
 
 #include "install/paths.h"
 #include "install/user_data.h"
@@ -15,20 +16,24 @@ using namespace ca;
 
 int main(int argc, char* argv[]) {
     launcher::LauncherState launcher;
-    launcher.elevatedUpdate =
-        std::find(argv + std::min(argc, 1), argv + argc, std::string_view(job::elevatedOption)) != argv + argc;
-    if (const auto status = launcher::openWindow(launcher.window, launcher.renderer); status != launcher::exitSuccess)
+    launcher.elevatedUpdate = std::find(argv + std::min(argc, 1), argv + argc,
+                                        std::string_view(job::elevatedOption)) != argv + argc;
+    if (const auto status = launcher::openWindow(launcher.window, launcher.renderer);
+        status != launcher::exitSuccess) {
         return status;
+    }
 
     launcher.installDir = install::executableDir();
     launcher::setWindowIcon(launcher.window, install::iconFile(launcher.installDir));
     install::migrateUserData();
 
-    // Never destroyed: a job that is still running when the window closes writes into it until the process is gone.
+    // Never destroyed: a job that is still running when the window closes writes into it
+    // until the process is gone.
     static job::Shared& shared = *new job::Shared;
     launcher.shared = &shared;
     launcher.channel = "stable";
-    job::beginUpdateJob(shared, launcher.installDir, launcher.channel, false, launcher.elevatedUpdate);
+    job::beginUpdateJob(shared, launcher.installDir, launcher.channel, false,
+                        launcher.elevatedUpdate);
     launcher.localPatchNotes = launcher::loadLocalPatchNotes(launcher.installDir);
 
     launcher::runFrameLoop(launcher);

@@ -18,15 +18,19 @@ std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
                                 installDir / "PATCH_NOTES.txt"};
     for (const std::filesystem::path& candidate : candidates) {
         const std::string file = install::readTextFile(candidate);
-        if (const std::string_view text = install::trimText(file); !text.empty())
+        if (const std::string_view text = install::trimText(file); !text.empty()) {
             return std::string(text);
+        }
     }
-    return "Cold Anchor " + version + "\n- Current build ready.\n- No local patch notes file was found.";
+    return "Cold Anchor " + version +
+           "\n- Current build ready.\n- No local patch notes file was found.";
 }
 
-const std::string& chooseNotesText(const job::SharedSnapshot& snapshot, const std::string& localPatchNotes) {
+const std::string& chooseNotesText(const job::SharedSnapshot& snapshot,
+                                   const std::string& localPatchNotes) {
     constexpr std::size_t shortest = 80; // bytes; anything shorter is a placeholder, not notes
-    return snapshot.patchNotes && snapshot.patchNotes->size() >= shortest ? *snapshot.patchNotes : localPatchNotes;
+    return snapshot.patchNotes && snapshot.patchNotes->size() >= shortest ? *snapshot.patchNotes
+                                                                          : localPatchNotes;
 }
 
 namespace {
@@ -41,20 +45,24 @@ public:
     void addCharacter(char c) { word_ += c; }
 
     void endWord() {
-        if (word_.empty())
+        if (word_.empty()) {
             return;
-        if (!line_.empty() && line_.size() + word_.size() + 1 > width_)
+        }
+        if (!line_.empty() && line_.size() + word_.size() + 1 > width_) {
             endRow();
-        if (!line_.empty())
+        }
+        if (!line_.empty()) {
             line_ += ' ';
+        }
         line_ += word_;
         word_.clear();
     }
 
     void endParagraph() {
         endWord();
-        if (!line_.empty())
+        if (!line_.empty()) {
             endRow();
+        }
     }
 
     std::vector<std::string> takeRows() {
@@ -80,22 +88,26 @@ private:
 std::vector<std::string> wrapText(std::string_view text, std::size_t width, std::size_t maxLines) {
     Wrapper wrapper(width, maxLines);
     for (const char c : text) {
-        if (c == '\n')
+        if (c == '\n') {
             wrapper.endParagraph();
-        else if (c == ' ' || c == '\t')
+        } else if (c == ' ' || c == '\t') {
             wrapper.endWord();
-        else if (c > ' ' && c <= '~')
+        } else if (c > ' ' && c <= '~') {
             wrapper.addCharacter(c);
-        if (wrapper.isFull())
+        }
+        if (wrapper.isFull()) {
             return wrapper.takeRows();
+        }
     }
     wrapper.endParagraph();
     return wrapper.takeRows();
 }
 
 bool isNotesHeading(std::string_view row) {
-    constexpr std::array<std::string_view, 6> words{"LAUNCHER", "WEBSITE", "PACKAGING", "ADDED", "IMPROVED", "FIXED"};
-    return row.starts_with("Cold Anchor v") || std::find(words.begin(), words.end(), row) != words.end();
+    constexpr std::array<std::string_view, 6> words{"LAUNCHER", "WEBSITE",  "PACKAGING",
+                                                    "ADDED",    "IMPROVED", "FIXED"};
+    return row.starts_with("Cold Anchor v") ||
+           std::find(words.begin(), words.end(), row) != words.end();
 }
 
 } // namespace ca::launcher

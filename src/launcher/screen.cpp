@@ -32,10 +32,11 @@ void drawNotes(SDL_Renderer* renderer, const std::string& version, const std::st
     fill(renderer, {58, 174, 570, 1}, 72, 110, 101);
     float y = 193;
     for (const std::string& row : wrapText(notes, 74, 18)) {
-        if (isNotesHeading(row))
+        if (isNotesHeading(row)) {
             drawText(renderer, 60, y, row, 0.78f, 221, 196, 118);
-        else
+        } else {
             drawText(renderer, 60, y, row, 0.78f, 166, 187, 181);
+        }
         y += 20;
     }
     drawText(renderer, 60, 566, "PATCH NOTES ARE BUNDLED WITH EVERY RELEASE", 0.72f, 105, 139, 132);
@@ -53,7 +54,8 @@ void drawStatusText(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot)
     }
 }
 
-void drawStatus(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot, const std::string& version) {
+void drawStatus(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot,
+                const std::string& version) {
     drawText(renderer, 720, 72, "GAME STATUS", 1.45f, 226, 236, 232);
     drawStatusText(renderer, snapshot);
     float y = 154;
@@ -71,14 +73,16 @@ void drawStatus(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot, con
 
 void drawProgress(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
     if (snapshot.progressTotal == 0) {
-        if (snapshot.updateAvailable)
+        if (snapshot.updateAvailable) {
             drawText(renderer, 720, 342, "UPDATE AVAILABLE", 0.72f, 225, 175, 83);
-        else
+        } else {
             drawText(renderer, 720, 342, "SIGNED UPDATE CHANNEL // STABLE", 0.72f, 121, 155, 148);
+        }
         return;
     }
-    const float ratio =
-        std::min(static_cast<float>(snapshot.progressDone) / static_cast<float>(snapshot.progressTotal), 1.0f);
+    const float ratio = std::min(static_cast<float>(snapshot.progressDone) /
+                                     static_cast<float>(snapshot.progressTotal),
+                                 1.0f);
     const std::string label = "UPDATE " + std::to_string(static_cast<int>(ratio * 100.0f)) + "%";
     fill(renderer, {720, 322, 260, 10}, 31, 43, 50);
     fill(renderer, {720, 322, 260 * ratio, 10}, 192, 53, 43);
@@ -104,10 +108,12 @@ void drawButtons(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
 
 } // namespace
 
-void drawText(SDL_Renderer* renderer, float x, float y, std::string_view text, float scale, Uint8 red, Uint8 green,
-              Uint8 blue) {
+void drawText(SDL_Renderer* renderer, float x, float y, std::string_view text, float scale,
+              Uint8 red, Uint8 green, Uint8 blue) {
     constexpr std::size_t longestCharacter = 4; // bytes of UTF-8
-    const auto columns = static_cast<std::size_t>((windowWidth - x) / (SDL_DEBUG_TEXT_FONT_CHARACTER_SIZE * scale)) + 1;
+    const auto columns =
+        static_cast<std::size_t>((windowWidth - x) / (SDL_DEBUG_TEXT_FONT_CHARACTER_SIZE * scale)) +
+        1;
     const std::string visible(text.substr(0, columns * longestCharacter));
     SDL_SetRenderDrawColor(renderer, red, green, blue, SDL_ALPHA_OPAQUE);
     SDL_SetRenderScale(renderer, scale, scale);
@@ -115,15 +121,16 @@ void drawText(SDL_Renderer* renderer, float x, float y, std::string_view text, f
     SDL_SetRenderScale(renderer, 1, 1);
 }
 
-void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir, const job::SharedSnapshot& snapshot,
-                const std::string& localPatchNotes) {
+void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir,
+                const job::SharedSnapshot& snapshot, const std::string& localPatchNotes) {
     const std::string version = install::readInstalledVersion(installDir);
     drawBackground(renderer);
     drawNotes(renderer, version, chooseNotesText(snapshot, localPatchNotes));
     drawStatus(renderer, snapshot, version);
     drawProgress(renderer, snapshot);
     drawButtons(renderer, snapshot);
-    drawText(renderer, 720, 594, "ENTER = PLAY // LAUNCHER v" + std::string(launcherVersion), 0.72f, 137, 163, 159);
+    drawText(renderer, 720, 594, "ENTER = PLAY // LAUNCHER v" + std::string(launcherVersion), 0.72f,
+             137, 163, 159);
     SDL_RenderPresent(renderer);
 }
 

@@ -8,8 +8,9 @@
 namespace ca::launcher {
 
 ExitStatus openWindow(SDL_Window*& window, SDL_Renderer*& renderer) {
-    if (!SDL_Init(SDL_INIT_VIDEO))
+    if (!SDL_Init(SDL_INIT_VIDEO)) {
         return exitNoVideo;
+    }
     window = SDL_CreateWindow("Cold Anchor Launcher", windowWidth, windowHeight, 0);
     if (!window) {
         SDL_Quit();

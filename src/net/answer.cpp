@@ -12,11 +12,13 @@ namespace {
 template <typename Query>
 std::string textFrom(Query query) {
     DWORD size = 0;
-    if (query(nullptr, &size) || ::GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+    if (query(nullptr, &size) || ::GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
         return {};
+    }
     std::wstring text(size / sizeof(wchar_t), L'\0');
-    if (!query(text.data(), &size))
+    if (!query(text.data(), &size)) {
         return {};
+    }
     text.erase(std::min(text.find(L'\0'), text.size())); // the zero that either call may count
     return install::utf8FromPath(install::pathFromWide(text));
 }
@@ -25,8 +27,9 @@ std::string textFrom(Query query) {
 
 std::string answerHead(const OpenRequest& open) {
     return textFrom([&open](wchar_t* buffer, DWORD* size) {
-        return ::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_RAW_HEADERS_CRLF, WINHTTP_HEADER_NAME_BY_INDEX,
-                                     buffer, size, WINHTTP_NO_HEADER_INDEX);
+        return ::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_RAW_HEADERS_CRLF,
+                                     WINHTTP_HEADER_NAME_BY_INDEX, buffer, size,
+                                     WINHTTP_NO_HEADER_INDEX);
     });
 }
 

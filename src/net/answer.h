@@ -7,11 +7,12 @@
 
 namespace ca::net {
 
-// The head of the answer in `open`, which openRequest has made ready: the status line and one line a field, each with
-// CR LF. Empty if the system can't tell. Any thread.
+// The head of the answer in `open`, which openRequest has made ready: the status line and one line
+// a field, each with CR LF. Empty if the system can't tell. Any thread.
 std::string answerHead(const OpenRequest& open);
 
-// The address that the answer came from, behind all redirects; empty if the system can't tell. Any thread.
+// The address that the answer came from, behind all redirects; empty if the system
+// can't tell. Any thread.
 std::string finalUrl(const OpenRequest& open);
 
 } // namespace ca::net

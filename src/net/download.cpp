@@ -14,12 +14,15 @@ namespace {
 std::uint64_t announcedSize(const OpenRequest& open) {
     std::array<wchar_t, 64> text{};
     DWORD size = sizeof text;
-    if (!::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_CONTENT_LENGTH, WINHTTP_HEADER_NAME_BY_INDEX,
-                               text.data(), &size, WINHTTP_NO_HEADER_INDEX))
+    if (!::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_CONTENT_LENGTH,
+                               WINHTTP_HEADER_NAME_BY_INDEX, text.data(), &size,
+                               WINHTTP_NO_HEADER_INDEX)) {
         return 0;
+    }
     std::uint64_t number = 0;
-    for (const wchar_t* digit = text.data(); *digit >= L'0' && *digit <= L'9'; ++digit)
+    for (const wchar_t* digit = text.data(); *digit >= L'0' && *digit <= L'9'; ++digit) {
         number = number * 10 + static_cast<std::uint64_t>(*digit - L'0');
+    }
     return number;
 }
 
@@ -29,17 +32,22 @@ bool readBody(const OpenRequest& open, const BodySink& sink, std::string& error)
     std::vector<char> chunk;
     for (;;) {
         DWORD available = 0;
-        if (!::WinHttpQueryDataAvailable(open.request.get(), &available))
+        if (!::WinHttpQueryDataAvailable(open.request.get(), &available)) {
             break;
-        if (available == 0)
+        }
+        if (available == 0) {
             return true;
-        if (chunk.size() < available)
+        }
+        if (chunk.size() < available) {
             chunk.resize(available);
+        }
         DWORD count = 0;
-        if (!::WinHttpReadData(open.request.get(), chunk.data(), available, &count))
+        if (!::WinHttpReadData(open.request.get(), chunk.data(), available, &count)) {
             break;
-        if (!sink(chunk.data(), count))
+        }
+        if (!sink(chunk.data(), count)) {
             return false;
+        }
     }
     error = "winhttp_read_failed";
     return false;
@@ -55,8 +63,8 @@ bool fetchText(std::string_view url, std::string& text, std::string& error) {
     return openRequest(url, open, error) && readBody(open, append, error);
 }
 
-bool downloadToFile(std::string_view url, const std::filesystem::path& destination, const DownloadProgress& progress,
-                    std::string& error) {
+bool downloadToFile(std::string_view url, const std::filesystem::path& destination,
+                    const DownloadProgress& progress, std::string& error) {
     // A folder that can't be made shows when the file is opened.
     install::makeFolders(install::systemPath(destination.parent_path()));
     const install::FileHandle file = install::FileHandle::createForWriting(destination);
@@ -65,8 +73,9 @@ bool downloadToFile(std::string_view url, const std::filesystem::path& destinati
         return false;
     }
     OpenRequest open;
-    if (!openRequest(url, open, error))
+    if (!openRequest(url, open, error)) {
         return false;
+    }
     const std::uint64_t announced = announcedSize(open);
     std::uint64_t done = 0;
     const auto store = [&](const char* data, std::size_t count) {
@@ -75,8 +84,9 @@ bool downloadToFile(std::string_view url, const std::filesystem::path& destinati
             return false;
         }
         done += count;
-        if (progress)
+        if (progress) {
             progress(done, announced);
+        }
         return true;
     };
     return readBody(open, store, error);

@@ -3,15 +3,18 @@
 namespace ca::net {
 
 std::string joinUrl(std::string_view base, std::string_view relative) {
-    if (relative.starts_with("http://") || relative.starts_with("https://") || base.empty())
+    if (relative.starts_with("http://") || relative.starts_with("https://") || base.empty()) {
         return std::string(relative);
-    if (relative.empty())
+    }
+    if (relative.empty()) {
         return std::string(base);
+    }
     std::string url(base);
-    if (base.ends_with('/') && relative.starts_with('/'))
+    if (base.ends_with('/') && relative.starts_with('/')) {
         relative.remove_prefix(1);
-    else if (!base.ends_with('/') && !relative.starts_with('/'))
+    } else if (!base.ends_with('/') && !relative.starts_with('/')) {
         url += '/';
+    }
     return url.append(relative);
 }
 

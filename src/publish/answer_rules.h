@@ -1,4 +1,5 @@
-// What an answer's head promises, and whether launchers and caches take it as the publisher means it. Pure; any thread.
+// What an answer's head promises, and whether launchers and caches take it as the publisher
+// means it. Pure; any thread.
 #pragma once
 
 #include "publish/origin.h"
@@ -21,8 +22,8 @@ struct AnswerHead {
 // The value of a field, blanks cut off; empty without one. Several of one name are joined by ", ".
 std::string fieldValue(std::string_view fields, std::string_view name);
 
-// Every file of a channel keeps its address from release to release, so nothing of it may be answered from a cache
-// without asking the server, and nothing may change it on its way.
+// Every file of a channel keeps its address from release to release, so nothing of it may be
+// answered from a cache without asking the server, and nothing may change it on its way.
 std::vector<Finding> judgeAnswer(const AnswerHead& head);
 
 } // namespace ca::publish

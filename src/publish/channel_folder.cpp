@@ -21,20 +21,23 @@ constexpr const char* oldName = ".old";
 void removeAll(const fs::path& path) {
     std::error_code error;
     fs::remove_all(path, error);
-    if (error)
+    if (error) {
         throw Failure("can't remove " + path.string() + ": " + error.message());
+    }
 }
 
 void move(const fs::path& from, const fs::path& to) {
-    if (::rename(from.c_str(), to.c_str()) != 0)
+    if (::rename(from.c_str(), to.c_str()) != 0) {
         failWithReason("can't move " + from.string() + " to " + to.string());
+    }
 }
 
 } // namespace
 
 bool isChannelName(const std::string& name) {
     return !name.empty() && name.size() <= 64 && name.front() != '.' &&
-           name.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.") ==
+           name.find_first_not_of(
+               "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.") ==
                std::string::npos;
 }
 
@@ -44,20 +47,26 @@ fs::path livePath(const fs::path& root, const std::string& channel) {
 
 ChannelFolder::ChannelFolder(const fs::path& root, const std::string& channel)
     : root_(root), link_(livePath(root, channel)), releases_(root / releasesName / channel) {
-    for (const fs::path& folder : {releases_, link_.parent_path()})
+    for (const fs::path& folder : {releases_, link_.parent_path()}) {
         makeReadableFolder(folder);
-    if (!fs::is_directory(fs::symlink_status(link_.parent_path())))
+    }
+    if (!fs::is_directory(fs::symlink_status(link_.parent_path()))) {
         throw Failure(link_.parent_path().string() +
                       " is no folder but a link or a file, and the live release couldn't be "
                       "reached through it: put a folder in its place");
+    }
     lock_ = Descriptor(::open(releases_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!lock_)
+    if (!lock_) {
         failWithReason("can't open " + releases_.string());
-    if (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0)
-        failWithReason(errno == EWOULDBLOCK ? "another release is being made in " + root.string() + ", wait for its end"
+    }
+    if (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0) {
+        failWithReason(errno == EWOULDBLOCK ? "another release is being made in " + root.string() +
+                                                  ", wait for its end"
                                             : "can't lock " + releases_.string());
-    for (const char* name : {newName, oldName})
+    }
+    for (const char* name : {newName, oldName}) {
         removeAll(releases_ / name);
+    }
 }
 
 ChannelFolder::~ChannelFolder() {
@@ -67,13 +76,17 @@ ChannelFolder::~ChannelFolder() {
 
 fs::path ChannelFolder::live() const {
     const fs::file_status status = fs::symlink_status(link_);
-    if (!fs::exists(status))
+    if (!fs::exists(status)) {
         return {};
-    if (!fs::is_symlink(status))
-        throw Failure(link_.string() + " isn't a link to a release: move it away, or name another channel root");
+    }
+    if (!fs::is_symlink(status)) {
+        throw Failure(link_.string() +
+                      " isn't a link to a release: move it away, or name another channel root");
+    }
     const fs::path target = link_.parent_path() / fs::read_symlink(link_);
-    if (target.lexically_normal().parent_path() != releases_.lexically_normal())
+    if (target.lexically_normal().parent_path() != releases_.lexically_normal()) {
         throw Failure(link_.string() + " leads out of " + releases_.string() + ": move it away");
+    }
     return target.lexically_normal();
 }
 
@@ -84,15 +97,18 @@ fs::path ChannelFolder::newRelease() const {
 
 fs::path ChannelFolder::publish(const std::string& version) const {
     fs::path place = releases_ / version;
-    for (int number = 2; fs::exists(fs::symlink_status(place)); ++number)
-        place = releases_ / (version + "_" + std::to_string(number)); // no version has that character
+    for (int number = 2; fs::exists(fs::symlink_status(place)); ++number) {
+        // no version has that character
+        place = releases_ / (version + "_" + std::to_string(number));
+    }
     flushDisk(releases_);
     move(releases_ / newName, place);
     const fs::path fresh = link_.parent_path() / ".windows.new";
     const fs::path target = fs::path("..") / releasesName / releases_.filename() / place.filename();
     removeAll(fresh);
-    if (::symlink(target.c_str(), fresh.c_str()) != 0)
+    if (::symlink(target.c_str(), fresh.c_str()) != 0) {
         failWithReason("can't make the link " + fresh.string());
+    }
     move(fresh, link_);
     flushDisk(link_.parent_path());
     return place;
@@ -100,12 +116,14 @@ fs::path ChannelFolder::publish(const std::string& version) const {
 
 std::vector<std::string> ChannelFolder::keepOnly(std::size_t count) const {
     const fs::path current = live().filename();
-    std::multimap<fs::file_time_type, fs::path, std::greater<>> others; // the time at which each was signed
+    // the time at which each was signed
+    std::multimap<fs::file_time_type, fs::path, std::greater<>> others;
     for (const fs::directory_entry& entry : fs::directory_iterator(releases_)) {
         std::error_code none;
         if (const auto time = fs::last_write_time(entry.path() / signatureName, none);
-            entry.path().filename() != current)
+            entry.path().filename() != current) {
             others.emplace(none ? fs::file_time_type::min() : time, entry.path());
+        }
     }
     std::vector<std::string> removed;
     for (const auto& [time, path] : others) {

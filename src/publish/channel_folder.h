@@ -1,8 +1,9 @@
-// A channel's folder as a web server serves it, and the step by which it changes from release to release:
+// A channel's folder as a web server serves it, and the step by which it changes
+// from release to release:
 //
-//   <root>/<channel>/windows                   a link to the live release; the only thing that a switch replaces
-//   <root>/.releases/<channel>/<version>/      a release: manifest.json, manifest.sig, files/...
-//   <root>/.releases/<channel>/.new/           a release in the making
+//   <root>/<channel>/windows                   a link to the live release; the only thing that a
+//   switch replaces <root>/.releases/<channel>/<version>/      a release: manifest.json,
+//   manifest.sig, files/... <root>/.releases/<channel>/.new/           a release in the making
 //   <root>/.releases/<channel>/.old/           a release on its way out
 #pragma once
 
@@ -19,7 +20,8 @@ inline constexpr const char* manifestName = "manifest.json";
 inline constexpr const char* signatureName = "manifest.sig";
 inline constexpr const char* filesName = "files";
 
-// Whether a channel may have this name: letters, digits, '-', '_' and '.', not beginning with a dot.
+// Whether a channel may have this name: letters, digits, '-', '_' and '.',
+// not beginning with a dot.
 bool isChannelName(const std::string& name);
 
 // The release that `root` serves for the channel; a path that leads there, which needn't exist.
@@ -28,25 +30,28 @@ std::filesystem::path livePath(const std::filesystem::path& root, const std::str
 // One channel of one root while a release is made for it. Throws Failure. One thread.
 class ChannelFolder {
 public:
-    // Makes what is missing, takes the channel for this process alone until the object ends, and removes what an
-    // interrupted run has left. Fails if another process has it.
+    // Makes what is missing, takes the channel for this process alone until the object ends, and
+    // removes what an interrupted run has left. Fails if another process has it.
     ChannelFolder(const std::filesystem::path& root, const std::string& channel);
     // Removes a new release that wasn't published.
     ~ChannelFolder();
     ChannelFolder(const ChannelFolder&) = delete;
     ChannelFolder& operator=(const ChannelFolder&) = delete;
 
-    // Where the live release lies; empty before the first. Fails if something stands there that isn't a link of ours.
+    // Where the live release lies; empty before the first. Fails if something stands there
+    // that isn't a link of ours.
     std::filesystem::path live() const;
 
     // An empty folder for the next release; one at a time.
     std::filesystem::path newRelease() const;
 
-    // Makes that folder the live release of `version`, in one step, after all of it has reached the disk. Whoever asks
-    // the web server gets all of the old release before and all of the new one after. Gives the folder's new place.
+    // Makes that folder the live release of `version`, in one step, after all of it has reached the
+    // disk. Whoever asks the web server gets all of the old release before and all of the new one
+    // after. Gives the folder's new place.
     std::filesystem::path publish(const std::string& version) const;
 
-    // Removes all but the live release and the `count` others made last. Gives the names of those removed.
+    // Removes all but the live release and the `count` others made last. Gives the
+    // names of those removed.
     std::vector<std::string> keepOnly(std::size_t count) const;
 
 private:

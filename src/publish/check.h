@@ -1,4 +1,5 @@
-// What players would find at a channel: the launcher's own transport and rules, applied to every byte.
+// What players would find at a channel: the launcher's own transport and rules,
+// applied to every byte.
 #pragma once
 
 #include "publish/origin.h"
@@ -12,7 +13,8 @@
 namespace ca::publish {
 
 struct CheckOrder {
-    std::string address; // a launcher's server address (http or https), or a channel root on this machine
+    // a launcher's server address (http or https), or a channel root on this machine
+    std::string address;
     std::string channel = "stable";
     std::filesystem::path publicKey; // empty: the signature isn't verified, which is a finding
     unsigned threads = 1;
@@ -25,8 +27,8 @@ struct CheckResult {
     bool good() const;               // no problem among them; mere advice may be
 };
 
-// Reads manifest, signature and every file. Whatever is wrong becomes a finding; throws Failure only for a key file
-// that can't be read. Blocks.
+// Reads manifest, signature and every file. Whatever is wrong becomes a finding; throws Failure
+// only for a key file that can't be read. Blocks.
 CheckResult checkChannel(const CheckOrder& order);
 
 } // namespace ca::publish

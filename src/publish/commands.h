@@ -6,7 +6,8 @@
 
 namespace ca::publish {
 
-// Adds all of them. `status` is the program's exit status, which a command that finds something wrong raises to 1.
+// Adds all of them. `status` is the program's exit status, which a command that finds
+// something wrong raises to 1.
 // A command runs while the command line is parsed, and throws Failure.
 void addCommands(CLI::App& program, int& status);
 

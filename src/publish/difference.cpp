@@ -9,10 +9,12 @@
 
 namespace ca::publish {
 
-Difference compareReleases(const update::UpdateManifest& older, const update::UpdateManifest& newer) {
+Difference compareReleases(const update::UpdateManifest& older,
+                           const update::UpdateManifest& newer) {
     std::unordered_map<std::string_view, const update::ManifestFile*> left;
-    for (const update::ManifestFile& file : older.files)
+    for (const update::ManifestFile& file : older.files) {
         left.emplace(file.path, &file);
+    }
     Difference difference;
     for (const update::ManifestFile& file : newer.files) {
         const auto before = left.find(file.path);
@@ -21,21 +23,26 @@ Difference compareReleases(const update::UpdateManifest& older, const update::Up
             (isNew ? difference.added : difference.changed).push_back(file);
             difference.downloadBytes += file.size;
         }
-        if (!isNew)
+        if (!isNew) {
             left.erase(before);
+        }
     }
-    for (const update::ManifestFile& file : older.files)
-        if (left.contains(file.path))
+    for (const update::ManifestFile& file : older.files) {
+        if (left.contains(file.path)) {
             difference.removed.push_back(file);
+        }
+    }
     return difference;
 }
 
 update::UpdateManifest loadManifest(const std::filesystem::path& place) {
-    const std::filesystem::path file = std::filesystem::is_directory(place) ? place / manifestName : place;
+    const std::filesystem::path file =
+        std::filesystem::is_directory(place) ? place / manifestName : place;
     update::UpdateManifest manifest;
     std::string error;
-    if (!update::parseManifest(readWhole(file), manifest, error))
+    if (!update::parseManifest(readWhole(file), manifest, error)) {
         throw Failure(file.string() + " is no manifest that launchers can read (" + error + ")");
+    }
     return manifest;
 }
 

@@ -9,8 +9,9 @@ namespace ca::publish {
 namespace {
 
 void require(bool good) {
-    if (!good)
+    if (!good) {
         throw Failure("OpenSSL refuses to compute SHA-256 digests");
+    }
 }
 
 } // namespace
@@ -33,8 +34,9 @@ std::string DigestStream::finish() {
 std::string hexText(const unsigned char* bytes, std::size_t count) {
     constexpr char digits[] = "0123456789abcdef";
     std::string text;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         (text += digits[bytes[i] >> 4]) += digits[bytes[i] & 15];
+    }
     return text;
 }
 

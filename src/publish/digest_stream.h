@@ -18,7 +18,8 @@ public:
     std::string finish();
 
 private:
-    std::unique_ptr<EVP_MD_CTX, decltype(&::EVP_MD_CTX_free)> context_{::EVP_MD_CTX_new(), &::EVP_MD_CTX_free};
+    std::unique_ptr<EVP_MD_CTX, decltype(&::EVP_MD_CTX_free)> context_{::EVP_MD_CTX_new(),
+                                                                       &::EVP_MD_CTX_free};
 };
 
 // Two lower-case digits a byte.

@@ -1,4 +1,5 @@
-// How the publisher's program fails: by a text for people that names the file and what to do about it.
+// How the publisher's program fails: by a text for people that names the file
+// and what to do about it.
 #pragma once
 
 #include <stdexcept>

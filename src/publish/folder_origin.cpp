@@ -29,8 +29,9 @@ public:
             while (const std::size_t count = readSome(file, piece.data(), piece.size(), path)) {
                 digest.add(piece.data(), count);
                 arrival.size += count;
-                if (text != nullptr)
+                if (text != nullptr) {
                     text->append(piece.data(), count);
+                }
             }
             arrival.sha256 = digest.finish();
             arrival.good = true;
@@ -43,10 +44,13 @@ public:
     std::vector<std::string> strangers(const std::vector<std::string>& known) const override {
         std::vector<std::string> result;
         std::error_code none;
-        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder_ / filesName, none)) {
-            const std::string path = entry.path().lexically_relative(folder_ / filesName).generic_string();
-            if (!entry.is_directory() && !std::binary_search(known.begin(), known.end(), path))
+        for (const fs::directory_entry& entry :
+             fs::recursive_directory_iterator(folder_ / filesName, none)) {
+            const std::string path =
+                entry.path().lexically_relative(folder_ / filesName).generic_string();
+            if (!entry.is_directory() && !std::binary_search(known.begin(), known.end(), path)) {
                 result.push_back(path);
+            }
         }
         return result;
     }

@@ -40,9 +40,11 @@ const char* word(bool value) {
     return value ? "true" : "false";
 }
 
-// The reader takes the first occurrence of a quoted key, also where it is a value: what may be any text comes last.
+// The reader takes the first occurrence of a quoted key, also where it is a value: what may
+// be any text comes last.
 void addFile(std::string& text, const update::ManifestFile& file) {
-    text += "  {\"sha256\": \"" + file.sha256 + "\", \"size\": " + std::to_string(file.size) + ", \"executable\": ";
+    text += "  {\"sha256\": \"" + file.sha256 + "\", \"size\": " + std::to_string(file.size) +
+            ", \"executable\": ";
     text += word(file.executable);
     text += ", \"path\": ";
     addString(text, file.path);
@@ -53,7 +55,8 @@ void addFile(std::string& text, const update::ManifestFile& file) {
 
 std::string manifestText(const update::UpdateManifest& manifest) {
     std::string text = "{\n \"format\": " + std::to_string(manifest.format);
-    text += ",\n \"product\": " + quoted(manifest.product) + ",\n \"platform\": " + quoted(manifest.platform);
+    text += ",\n \"product\": " + quoted(manifest.product) +
+            ",\n \"platform\": " + quoted(manifest.platform);
     text += ",\n \"version\": " + quoted(manifest.version);
     text += ",\n \"protocol_version\": " + std::to_string(manifest.protocol_version);
     text += ",\n \"minimum_online_version\": " + quoted(manifest.minimum_online_version);

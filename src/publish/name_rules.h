@@ -1,4 +1,5 @@
-// Which files of a tree no player's machine could install, or would install wrongly. Pure; any thread.
+// Which files of a tree no player's machine could install, or would install
+// wrongly. Pure; any thread.
 #pragma once
 
 #include <cstddef>
@@ -7,22 +8,25 @@
 
 namespace ca::publish {
 
-// Why a file of this path (UTF-8, slashes, relative to the tree) can't be part of a release, and what to do; empty if
-// it can. Beyond the launcher's own rule: what Windows forbids in names, what the channel's URLs would swallow, the
-// player's folders and the launcher's own files in any spelling that Windows takes for theirs.
+// Why a file of this path (UTF-8, slashes, relative to the tree) can't be part of a release, and
+// what to do; empty if it can. Beyond the launcher's own rule: what Windows forbids in names, what
+// the channel's URLs would swallow, the player's folders and the launcher's own files in any
+// spelling that Windows takes for theirs.
 std::string refusalOf(std::string_view path);
 
-// The path as Windows compares it: two that are equal here are one file there. Composed and decomposed letters differ.
+// The path as Windows compares it: two that are equal here are one file there. Composed and
+// decomposed letters differ.
 std::wstring foldedPath(std::string_view path);
 
-// Characters of the longest path that an installation in C:\Program Files\Cold Anchor gives the file while it is
-// updated, in UTF-16 units. From 260 on, programs that haven't asked Windows for long paths can't open it.
+// Characters of the longest path that an installation in C:\Program Files\Cold Anchor gives the
+// file while it is updated, in UTF-16 units. From 260 on, programs that haven't asked Windows for
+// long paths can't open it.
 std::size_t longestInstalledPath(std::string_view path);
 
 bool isUtf8(std::string_view text);
 
-// A text of one line as it can be shown, wherever it comes from: what a terminal would obey, line ends among it, is a
-// question mark, and so is every byte beyond ASCII of a text that isn't UTF-8.
+// A text of one line as it can be shown, wherever it comes from: what a terminal would obey, line
+// ends among it, is a question mark, and so is every byte beyond ASCII of a text that isn't UTF-8.
 std::string shown(std::string_view text);
 // The same of every line of a text; each ends with '\n'.
 std::string shownLines(std::string_view text);

@@ -27,7 +27,8 @@ struct ReleaseOrder {
     unsigned threads = 1;
 };
 
-// What is wrong with a version as the launcher's order and a folder's name take it; empty if nothing. Pure; any thread.
+// What is wrong with a version as the launcher's order and a folder's name take it; empty if
+// nothing. Pure; any thread.
 std::string versionRefusal(std::string_view version);
 
 // One line for each reason to refuse the order. Asks the disk where root and tree lie.

@@ -9,8 +9,8 @@
 
 namespace ca::publish {
 
-// A problem keeps players from playing on what is offered, or will with the next release; advice doesn't. Holds text as
-// the channel has it, whoever that is: see shown().
+// A problem keeps players from playing on what is offered, or will with the next release; advice
+// doesn't. Holds text as the channel has it, whoever that is: see shown().
 struct Finding {
     bool isProblem = true;
     std::string where; // an address, a path, or a manifest's field
@@ -31,7 +31,8 @@ public:
     virtual ~Origin() = default;
     // What a launcher would get for the name; `text`, if not null, gets the bytes too.
     virtual Arrival get(const std::string& name, std::string* text) const = 0;
-    // What is there besides: names of files that the manifest, whose sorted paths are given, doesn't know.
+    // What is there besides: names of files that the manifest, whose sorted paths
+    // are given, doesn't know.
     virtual std::vector<std::string> strangers(const std::vector<std::string>& known) const = 0;
 };
 

@@ -10,9 +10,10 @@
 
 namespace ca::publish {
 
-// Calls a worker with each number below `count`, in ascending order of the starts, on `threads` threads; on the
-// caller's own alone if that is 1. `makeWorker` gives each thread a worker of its own, called with a number. The first
-// exception ends it, once what has begun is done, and is thrown on. Blocks.
+// Calls a worker with each number below `count`, in ascending order of the starts, on
+// `threads` threads; on the caller's own alone if that is 1. `makeWorker` gives each thread a
+// worker of its own, called with a number. The first exception ends it, once what has begun is
+// done, and is thrown on. Blocks.
 template <typename MakeWorker>
 void forEach(std::size_t count, unsigned threads, MakeWorker makeWorker) {
     std::atomic<std::size_t> next = 0;
@@ -21,23 +22,27 @@ void forEach(std::size_t count, unsigned threads, MakeWorker makeWorker) {
     const auto run = [&] {
         try {
             auto work = makeWorker();
-            for (std::size_t i = next++; i < count; i = next++)
+            for (std::size_t i = next++; i < count; i = next++) {
                 work(i);
+            }
         } catch (...) {
             const std::lock_guard lock(failing);
-            if (!failure)
+            if (!failure) {
                 failure = std::current_exception();
+            }
             next = count;
         }
     };
     {
         std::vector<std::jthread> others;
-        for (unsigned i = 1; i < threads && i < count; ++i)
+        for (unsigned i = 1; i < threads && i < count; ++i) {
             others.emplace_back(run);
+        }
         run();
     }
-    if (failure)
+    if (failure) {
         std::rethrow_exception(failure);
+    }
 }
 
 } // namespace ca::publish

@@ -28,7 +28,8 @@ bool isZero(const Piece& piece, std::size_t count) {
     return piece[0] == 0 && std::memcmp(piece.data(), piece.data() + 1, count - 1) == 0;
 }
 
-// What one thread works with, so that no file costs an allocation. Each step gives the file's size and digest.
+// What one thread works with, so that no file costs an allocation. Each step gives the
+// file's size and digest.
 class Worker {
 public:
     explicit Worker(Progress& progress) : progress_(progress) {}
@@ -44,13 +45,15 @@ public:
         const Descriptor in = openForReading(source);
         const Descriptor out = createFile(target, 0644);
         while (const std::size_t count = take(in, source, file)) {
-            if (!isZero(piece_, count))
+            if (!isZero(piece_, count)) {
                 writeAll(out, piece_.data(), count, target);
-            else if (::lseek(out.get(), static_cast<off_t>(count), SEEK_CUR) < 0)
+            } else if (::lseek(out.get(), static_cast<off_t>(count), SEEK_CUR) < 0) {
                 failWithReason("can't write " + target.string());
+            }
         }
-        if (::ftruncate(out.get(), static_cast<off_t>(file.size)) != 0)
+        if (::ftruncate(out.get(), static_cast<off_t>(file.size)) != 0) {
             failWithReason("can't write " + target.string());
+        }
         file.sha256 = digest_.finish();
     }
 
@@ -58,15 +61,17 @@ public:
     bool compare(const fs::path& source, const fs::path& older, update::ManifestFile& file) {
         struct stat status {};
         if (::lstat(older.c_str(), &status) != 0 || !S_ISREG(status.st_mode) ||
-            static_cast<std::uintmax_t>(status.st_size) != fs::file_size(source))
+            static_cast<std::uintmax_t>(status.st_size) != fs::file_size(source)) {
             return false;
+        }
         const Descriptor in = openForReading(source);
         const Descriptor beside = openForReading(older);
         for (;;) {
             const std::size_t count = take(in, source, file);
             const std::size_t besideCount = readSome(beside, other_.data(), other_.size(), older);
-            if (count != besideCount || std::memcmp(piece_.data(), other_.data(), count) != 0)
+            if (count != besideCount || std::memcmp(piece_.data(), other_.data(), count) != 0) {
                 break;
+            }
             if (count == 0) {
                 file.sha256 = digest_.finish();
                 return true;
@@ -97,13 +102,14 @@ bool makeLink(const fs::path& source, const fs::path& target) {
     return ::linkat(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), 0) == 0;
 }
 
-// Whether the tree's own file may stand in a release: a web server has to read it, and a cache knows a changed file by
-// its later time.
+// Whether the tree's own file may stand in a release: a web server has to read it, and a cache
+// knows a changed file by its later time.
 bool mayStand(const fs::path& source, const fs::path& older) {
     struct stat now {};
     struct stat before {};
     return ::lstat(source.c_str(), &now) == 0 && (now.st_mode & 0444) == 0444 &&
-           (older.empty() || ::lstat(older.c_str(), &before) != 0 || now.st_mtime > before.st_mtime);
+           (older.empty() || ::lstat(older.c_str(), &before) != 0 ||
+            now.st_mtime > before.st_mtime);
 }
 
 bool isSameFile(const fs::path& a, const fs::path& b) {
@@ -114,30 +120,36 @@ bool isSameFile(const fs::path& a, const fs::path& b) {
 void makeFolders(const Tree& tree, const fs::path& target) {
     makeReadableFolder(target);
     std::set<fs::path> folders;
-    for (const TreeFile& file : tree.files)
-        if (const fs::path folder = fs::path(file.path).parent_path(); folders.insert(folder).second)
+    for (const TreeFile& file : tree.files) {
+        if (const fs::path folder = fs::path(file.path).parent_path();
+            folders.insert(folder).second) {
             makeReadableFolder(target / folder);
+        }
+    }
 }
 
 bool isProgram(std::string_view path) {
     constexpr std::string_view ending = ".exe";
     return path.size() >= ending.size() &&
-           std::equal(ending.begin(), ending.end(), path.end() - ending.size(),
-                      [](char a, char b) { return a == b || (b >= 'A' && b <= 'Z' && a == b + 32); });
+           std::equal(ending.begin(), ending.end(), path.end() - ending.size(), [](char a, char b) {
+               return a == b || (b >= 'A' && b <= 'Z' && a == b + 32);
+           });
 }
 
 // Large files first, so that no thread is left with one at the end.
 std::vector<std::size_t> byDescendingSize(const Tree& tree) {
     std::vector<std::size_t> order(tree.files.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
-    std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t a, std::size_t b) { return tree.files[a].size > tree.files[b].size; });
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return tree.files[a].size > tree.files[b].size;
+    });
     return order;
 }
 
 } // namespace
 
-PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path& older, bool linked, unsigned threads) {
+PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path& older, bool linked,
+                       unsigned threads) {
     makeFolders(tree, target);
     Progress progress("placing files", tree.bytes());
     PlacedFiles placed;
@@ -151,20 +163,23 @@ PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path&
         const fs::path from = tree.folder / file.path;
         const fs::path to = target / file.path;
         const fs::path before = older.empty() ? older : older / file.path;
-        // A file that the tree shares with an older release changes with the tree: only who asks for links gets more.
-        if (!before.empty() && (linked || !isSameFile(from, before)) && worker.compare(from, before, file) &&
-            makeLink(before, to)) {
+        // A file that the tree shares with an older release changes with the tree: only who
+        // asks for links gets more.
+        if (!before.empty() && (linked || !isSameFile(from, before)) &&
+            worker.compare(from, before, file) && makeLink(before, to)) {
             ++shared;
             return;
         }
         file.size = 0;
-        if (linked && mayStand(from, before) && makeLink(from, to))
+        if (linked && mayStand(from, before) && makeLink(from, to)) {
             worker.read(to, file);
-        else
+        } else {
             worker.copy(from, to, file);
+        }
     };
-    forEach(order.size(), threads,
-            [&] { return [&, worker = Worker(progress)](std::size_t i) mutable { place(worker, order[i]); }; });
+    forEach(order.size(), threads, [&] {
+        return [&, worker = Worker(progress)](std::size_t i) mutable { place(worker, order[i]); };
+    });
     placed.shared = shared;
     return placed;
 }

@@ -20,9 +20,10 @@ struct ReleaseResult {
     std::vector<std::string> removed;
 };
 
-// Scans, refuses, places, signs, proves, switches, in this order; see ChannelFolder for what is live when. Whatever
-// fails or interrupts it, the live release stays whole. `warn` gets the warnings, before anything is written. Throws
-// Failure, whose text names every reason to refuse, one a line. Blocks for as long as it takes to read the tree.
+// Scans, refuses, places, signs, proves, switches, in this order; see ChannelFolder for what is
+// live when. Whatever fails or interrupts it, the live release stays whole. `warn` gets the
+// warnings, before anything is written. Throws Failure, whose text names every reason to refuse,
+// one a line. Blocks for as long as it takes to read the tree.
 ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& passphrase,
                           const std::function<void(const std::string&)>& warn);
 

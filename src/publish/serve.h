@@ -21,10 +21,10 @@ struct ServeOrder {
 // nginx's whole configuration for this. Throws Failure if the root's name can't be written in it.
 std::string serverConfiguration(const ServeOrder& order, std::uint16_t port);
 
-// Serves until the process is told to end (SIGINT, SIGTERM), which is a good end, or nginx ends by itself. Prints the
-// address in a line once requests are answered. Needs no rights; the server's files lie in a temporary folder. Blocks
-// those two signals in the calling thread; the only thread, please. Throws Failure if nginx can't run or the port is
-// taken.
+// Serves until the process is told to end (SIGINT, SIGTERM), which is a good end, or nginx ends by
+// itself. Prints the address in a line once requests are answered. Needs no rights; the server's
+// files lie in a temporary folder. Blocks those two signals in the calling thread; the only thread,
+// please. Throws Failure if nginx can't run or the port is taken.
 void serve(const ServeOrder& order);
 
 } // namespace ca::publish

@@ -22,7 +22,8 @@ struct Tree {
     std::uint64_t bytes() const;
 };
 
-// Everything below `folder`, with all that is wrong with it; reads no file. Throws Failure if the folder can't be read.
+// Everything below `folder`, with all that is wrong with it; reads no file. Throws Failure if
+// the folder can't be read.
 Tree scanTree(const std::filesystem::path& folder);
 
 } // namespace ca::publish

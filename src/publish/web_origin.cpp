@@ -25,8 +25,9 @@ public:
         const auto take = [&](const char* data, std::size_t count) {
             digest.add(data, count);
             arrival.size += count;
-            if (text != nullptr)
+            if (text != nullptr) {
                 text->append(data, count);
+            }
             return true;
         };
         if (!net::openRequest(url, open, error)) {
@@ -35,12 +36,14 @@ public:
         }
         AnswerHead head{url, net::finalUrl(open), net::answerHead(open), false};
         arrival.good = net::readBody(open, take, error);
-        if (!arrival.good)
+        if (!arrival.good) {
             arrival.notes.push_back({true, url, "breaks off: " + error});
+        }
         arrival.sha256 = digest.finish();
         head.cut = arrival.good && arrival.size < announcedSize(head.fields);
-        for (Finding& finding : judgeAnswer(head))
+        for (Finding& finding : judgeAnswer(head)) {
             arrival.notes.push_back(std::move(finding));
+        }
         return arrival;
     }
 

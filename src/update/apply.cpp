@@ -27,49 +27,58 @@ bool fail(std::string& error, std::string_view token, std::string_view detail = 
     return false;
 }
 
-// The files of a plan, each path once. A path that is named again with the same digest is the same file; with another
-// digest no installation could satisfy both.
-bool distinctFiles(const UpdatePlan& plan, std::vector<const ManifestFile*>& files, std::string& error) {
+// The files of a plan, each path once. A path that is named again with the same digest is the same
+// file; with another digest no installation could satisfy both.
+bool distinctFiles(const UpdatePlan& plan, std::vector<const ManifestFile*>& files,
+                   std::string& error) {
     std::map<std::string, const ManifestFile*> seen;
     for (const PlanFile& planFile : plan.files) {
         const ManifestFile& file = planFile.file;
         const auto [entry, isNew] = seen.try_emplace(genericManifestPath(file.path), &file);
-        if (isNew)
+        if (isNew) {
             files.push_back(&file);
-        else if (entry->second->sha256 != file.sha256)
+        } else if (entry->second->sha256 != file.sha256) {
             return fail(error, "update_duplicate_path:", file.path);
+        }
     }
     return true;
 }
 
-// The folders of one call. Both lie inside the installation, so that every move is a rename on one volume, and bear the
-// time in their names, so that nothing of an earlier attempt is ever reused.
+// The folders of one call. Both lie inside the installation, so that every move is a rename on one
+// volume, and bear the time in their names, so that nothing of an earlier attempt is ever reused.
 struct WorkFolders {
     fs::path stage;
     fs::path backup;
 
     explicit WorkFolders(const fs::path& installDir) {
         using namespace std::chrono;
-        const auto stamp = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+        const auto stamp =
+            duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
         const fs::path work = installDir / install::workFolderName;
         stage = work / ("stage-" + std::to_string(stamp));
         backup = work / ("backup-" + std::to_string(stamp));
     }
 
     bool make() const {
-        return install::makeFolders(install::systemPath(stage)) && install::makeFolders(install::systemPath(backup));
+        return install::makeFolders(install::systemPath(stage)) &&
+               install::makeFolders(install::systemPath(backup));
     }
 
     void removeStage() const {
-        // Its files have longer paths than the installation's. A stage folder that stays costs space and nothing else.
-        install::removeFolder(install::withoutLimit(install::wideFromPath(fs::path(stage).make_preferred())));
+        // Its files have longer paths than the installation's. A stage folder that stays costs
+        // space and nothing else.
+        install::removeFolder(
+            install::withoutLimit(install::wideFromPath(fs::path(stage).make_preferred())));
     }
 };
 
-// Downloads every file into the stage folder and checks its digest. Touches nothing of the installation.
-bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files, const std::string& serverUrl,
-           const fs::path& stage, const ProgressCallback& progress, std::string& error) {
-    const std::string channelUrl = net::joinUrl(net::joinUrl(serverUrl, plan.manifest.channel), plan.manifest.platform);
+// Downloads every file into the stage folder and checks its digest. Touches
+// nothing of the installation.
+bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files,
+           const std::string& serverUrl, const fs::path& stage, const ProgressCallback& progress,
+           std::string& error) {
+    const std::string channelUrl =
+        net::joinUrl(net::joinUrl(serverUrl, plan.manifest.channel), plan.manifest.platform);
     std::uint64_t completedBytes = 0;
     for (const ManifestFile* file : files) {
         const fs::path staged = stage / relativePath(file->path);
@@ -77,47 +86,59 @@ bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files
         std::uint64_t currentBytes = 0;
         const auto report = [&](std::uint64_t done, std::uint64_t) {
             currentBytes = done;
-            if (progress)
+            if (progress) {
                 progress(completedBytes + done, plan.totalBytes);
+            }
         };
-        if (!net::downloadToFile(url, staged, report, error))
+        if (!net::downloadToFile(url, staged, report, error)) {
             return false;
-        if (sha256File(staged) != file->sha256)
+        }
+        if (sha256File(staged) != file->sha256) {
             return fail(error, "download_hash_mismatch:", file->path);
+        }
         completedBytes += std::max(file->size, currentBytes);
-        if (progress)
+        if (progress) {
             progress(std::min(completedBytes, plan.totalBytes), plan.totalBytes);
+        }
     }
     return true;
 }
 
 bool move(const fs::path& from, const fs::path& to, DWORD flags) {
-    return ::MoveFileExW(install::systemPath(from).c_str(), install::systemPath(to).c_str(), flags) != 0;
+    return ::MoveFileExW(install::systemPath(from).c_str(), install::systemPath(to).c_str(),
+                         flags) != 0;
 }
 
 // Moves one staged file into place and its predecessor into the backup folder.
-bool installFile(const ManifestFile& file, const fs::path& installDir, const WorkFolders& folders, Rollback& rollback,
-                 std::string& error) {
+bool installFile(const ManifestFile& file, const fs::path& installDir, const WorkFolders& folders,
+                 Rollback& rollback, std::string& error) {
     const fs::path relative = relativePath(file.path);
     RollbackEntry entry{installDir / relative, {}};
     const fs::path target = entry.target;
-    const auto record = [&] { rollback.add(std::move(entry)); }; // once, as soon as there is something to undo
-    if (!install::makeFolders(install::systemPath(target.parent_path())))
+    // once, as soon as there is something to undo
+    const auto record = [&] { rollback.add(std::move(entry)); };
+    if (!install::makeFolders(install::systemPath(target.parent_path()))) {
         return fail(error, "update_destination_failed:", file.path);
+    }
 
     const bool replaces = install::pathExists(target);
     if (replaces) {
         entry.backup = folders.backup / relative;
-        install::makeFolders(install::systemPath(entry.backup.parent_path())); // a failure shows in the rename
-        // A backup is never overwritten: where two names mean one file, the first backup is the player's.
-        if (!move(target, entry.backup, 0))
+        // a failure shows in the rename
+        install::makeFolders(install::systemPath(entry.backup.parent_path()));
+        // A backup is never overwritten: where two names mean one file, the first
+        // backup is the player's.
+        if (!move(target, entry.backup, 0)) {
             return fail(error, "update_backup_failed:", file.path);
+        }
         record();
     }
-    if (!move(folders.stage / relative, target, MOVEFILE_REPLACE_EXISTING))
+    if (!move(folders.stage / relative, target, MOVEFILE_REPLACE_EXISTING)) {
         return fail(error, "update_install_failed:", file.path);
-    if (!replaces)
+    }
+    if (!replaces) {
         record();
+    }
     return true;
 }
 
@@ -125,21 +146,26 @@ bool installFile(const ManifestFile& file, const fs::path& installDir, const Wor
 
 bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, std::string& error,
                     fs::path* stagedLauncher) const {
-    if (stagedLauncher)
+    if (stagedLauncher) {
         stagedLauncher->clear();
+    }
     // The raw marker: an installation without one may be given any version.
     const std::string marker = install::readTextFile(install::versionMarkerFile(installDir));
-    if (!marker.empty() && compareVersions(marker, plan.manifest.version) > 0)
+    if (!marker.empty() && compareVersions(marker, plan.manifest.version) > 0) {
         return fail(error, "update_downgrade_blocked:", plan.manifest.version);
-    if (plan.files.empty())
+    }
+    if (plan.files.empty()) {
         return true;
+    }
 
     std::vector<const ManifestFile*> files;
-    if (!distinctFiles(plan, files, error))
+    if (!distinctFiles(plan, files, error)) {
         return false;
+    }
     const WorkFolders folders(installDir);
-    if (!folders.make())
+    if (!folders.make()) {
         return fail(error, "update_workdir_failed");
+    }
     try {
         if (!fetch(plan, files, serverUrl, folders.stage, progress, error)) {
             folders.removeStage();
@@ -163,11 +189,13 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
             return false;
         }
     }
-    if (!install::writeInstalledVersion(installDir, plan.manifest.version))
+    if (!install::writeInstalledVersion(installDir, plan.manifest.version)) {
         return fail(error, "version_marker_write_failed");
+    }
     rollback.commit();
-    if (!launcherStaged)
+    if (!launcherStaged) {
         folders.removeStage();
+    }
     return true;
 }
 

@@ -14,23 +14,27 @@ namespace {
 
 constexpr const char* platformName = "windows";
 
-// A mirror or an editor may leave blanks and line ends behind the signature; in front of it they are an error.
+// A mirror or an editor may leave blanks and line ends behind the signature; in front
+// of it they are an error.
 std::string_view trimEnd(std::string_view text) {
     const std::size_t last = text.find_last_not_of("\t\n\r ");
     return text.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
 
-// Lists the files that differ. Trouble with a local file is no failure: it makes that file one of the list.
+// Lists the files that differ. Trouble with a local file is no failure: it makes
+// that file one of the list.
 void scan(const fs::path& installDir, UpdatePlan& plan) {
     for (const ManifestFile& file : plan.manifest.files) {
         const fs::path relative = relativePath(file.path);
         fs::path target = installDir / relative;
         const bool present = install::isFile(target);
-        if (present && sha256File(target) == file.sha256)
+        if (present && sha256File(target) == file.sha256) {
             continue;
+        }
         plan.totalBytes += file.size;
-        if (relative.filename() == install::launcherFileName)
+        if (relative.filename() == install::launcherFileName) {
             plan.launcherUpdate = true;
+        }
         plan.files.push_back({file, std::move(target), !present});
     }
 }
@@ -47,12 +51,15 @@ bool Updater::check(const std::string& channel, UpdatePlan& plan, std::string& e
     std::string signatureText;
     if (!net::fetchText(net::joinUrl(channelUrl, "manifest.json"), manifestText, error) ||
         !net::fetchText(net::joinUrl(channelUrl, "manifest.sig"), signatureText, error) ||
-        !verifyManifestSignature(manifestText, trimEnd(signatureText), install::publicKeyFile(installDir), error))
+        !verifyManifestSignature(manifestText, trimEnd(signatureText),
+                                 install::publicKeyFile(installDir), error)) {
         return false;
+    }
 
     UpdatePlan fresh;
-    if (!parseManifest(manifestText, fresh.manifest, error))
+    if (!parseManifest(manifestText, fresh.manifest, error)) {
         return false;
+    }
     if (fresh.manifest.channel != channel || fresh.manifest.platform != platformName) {
         error = "manifest_channel_or_platform_mismatch";
         return false;

@@ -18,7 +18,8 @@ UpdateManifest readHeader(std::string_view text) {
     manifest.channel = extractManifestString(text, "channel");
     manifest.platform = extractManifestString(text, "platform");
     manifest.version = extractManifestString(text, "version");
-    manifest.protocol_version = static_cast<std::int32_t>(extractManifestInt(text, "protocol_version", 0));
+    manifest.protocol_version =
+        static_cast<std::int32_t>(extractManifestInt(text, "protocol_version", 0));
     manifest.minimum_online_version = extractManifestString(text, "minimum_online_version");
     manifest.mandatory = extractManifestBool(text, "mandatory");
     manifest.release_notes = extractManifestString(text, "release_notes");
@@ -34,14 +35,15 @@ bool isValidHeader(const UpdateManifest& manifest) {
 std::string_view filesArray(std::string_view text) {
     constexpr std::string_view key = "\"files\"";
     const std::size_t found = text.find(key);
-    if (found == std::string_view::npos)
+    if (found == std::string_view::npos) {
         return {};
+    }
     const std::size_t bracket = text.find('[', found + key.size());
     return bracket == std::string_view::npos ? std::string_view{} : text.substr(bracket + 1);
 }
 
-// The texts of the array's objects. An object inside another stays in the outer one's text, and one that is never
-// closed gives nothing.
+// The texts of the array's objects. An object inside another stays in the outer one's text, and one
+// that is never closed gives nothing.
 std::vector<std::string_view> cutObjects(std::string_view array) {
     std::vector<std::string_view> objects;
     std::int64_t depth = 0;
@@ -52,8 +54,9 @@ std::vector<std::string_view> cutObjects(std::string_view array) {
             at = endOfManifestString(array, at);
             break;
         case '{':
-            if (depth == 0)
+            if (depth == 0) {
                 start = at;
+            }
             ++depth;
             break;
         case '}':
@@ -64,8 +67,9 @@ std::vector<std::string_view> cutObjects(std::string_view array) {
             }
             break;
         case ']':
-            if (depth == 0)
+            if (depth == 0) {
                 return objects;
+            }
             break;
         default:
             break;
@@ -77,7 +81,8 @@ std::vector<std::string_view> cutObjects(std::string_view array) {
 bool readFile(std::string_view object, ManifestFile& file) {
     file.path = extractManifestString(object, "path");
     file.sha256 = extractManifestString(object, "sha256");
-    file.size = static_cast<std::uint64_t>(std::max<std::int64_t>(extractManifestInt(object, "size", 0), 0));
+    file.size = static_cast<std::uint64_t>(
+        std::max<std::int64_t>(extractManifestInt(object, "size", 0), 0));
     file.executable = extractManifestBool(object, "executable");
     return isSafeManifestPath(file.path) && file.sha256.size() == digestLength;
 }

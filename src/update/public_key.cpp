@@ -17,55 +17,69 @@ enum : unsigned char { tagInteger = 0x02, tagBitString = 0x03, tagSequence = 0x3
 
 // Takes one element with this tag off the front of `rest` and gives its content.
 bool takeElement(Bytes& rest, unsigned char tag, Bytes& content) {
-    if (rest.size() < 2 || rest[0] != tag)
+    if (rest.size() < 2 || rest[0] != tag) {
         return false;
+    }
     std::size_t header = 2;
     std::uint64_t length = rest[1];
     if (length & 0x80) { // long form: the low bits count the bytes of the length
         const std::size_t count = length & 0x7f;
         header += count;
-        if (count < 1 || count > 8 || rest.size() < header)
+        if (count < 1 || count > 8 || rest.size() < header) {
             return false;
+        }
         length = 0;
-        for (const unsigned char byte : rest.subspan(2, count))
+        for (const unsigned char byte : rest.subspan(2, count)) {
             length = length << 8 | byte;
+        }
     }
-    if (length > rest.size() - header)
+    if (length > rest.size() - header) {
         return false;
+    }
     content = rest.subspan(header, static_cast<std::size_t>(length));
     rest = rest.subspan(header + static_cast<std::size_t>(length));
     return true;
 }
 
 bool takeInteger(Bytes& rest, Bytes& number) {
-    if (!takeElement(rest, tagInteger, number) || number.empty())
+    if (!takeElement(rest, tagInteger, number) || number.empty()) {
         return false;
-    while (number.size() > 1 && number.front() == 0)
+    }
+    while (number.size() > 1 && number.front() == 0) {
         number = number.subspan(1);
+    }
     return true;
 }
 
-// SubjectPublicKeyInfo: SEQUENCE { SEQUENCE algorithm, BIT STRING { SEQUENCE { INTEGER modulus, INTEGER exponent } } }
+// SubjectPublicKeyInfo: SEQUENCE { SEQUENCE algorithm, BIT STRING { SEQUENCE { INTEGER modulus,
+// INTEGER exponent } } }
 bool readSubjectPublicKeyInfo(Bytes der, Bytes& modulus, Bytes& exponent) {
     Bytes info;
     Bytes algorithm;
     Bytes bits;
     Bytes key;
     if (!takeElement(der, tagSequence, info) || !takeElement(info, tagSequence, algorithm) ||
-        !takeElement(info, tagBitString, bits) || bits.empty() || bits.front() != 0) // no unused bits
+        // no unused bits
+        !takeElement(info, tagBitString, bits) || bits.empty() || bits.front() != 0) {
         return false;
+    }
     bits = bits.subspan(1);
-    return takeElement(bits, tagSequence, key) && takeInteger(key, modulus) && takeInteger(key, exponent);
+    return takeElement(bits, tagSequence, key) && takeInteger(key, modulus) &&
+           takeInteger(key, exponent);
 }
 
 std::vector<unsigned char> decodePem(const std::string& pem) {
     DWORD size = 0;
     const DWORD length = static_cast<DWORD>(pem.size());
-    if (!::CryptStringToBinaryA(pem.data(), length, CRYPT_STRING_BASE64HEADER, nullptr, &size, nullptr, nullptr))
+    if (!::CryptStringToBinaryA(pem.data(), length, CRYPT_STRING_BASE64HEADER, nullptr, &size,
+                                nullptr, nullptr)) {
         return {};
+    }
     std::vector<unsigned char> der(size);
-    if (!::CryptStringToBinaryA(pem.data(), length, CRYPT_STRING_BASE64HEADER, der.data(), &size, nullptr, nullptr))
+    if (!::CryptStringToBinaryA(pem.data(), length, CRYPT_STRING_BASE64HEADER, der.data(), &size,
+                                nullptr, nullptr)) {
         return {};
+    }
     der.resize(size);
     return der;
 }
@@ -80,8 +94,9 @@ bool readPublicKey(const std::string& pem, std::vector<unsigned char>& blob) {
     const std::vector<unsigned char> der = decodePem(pem);
     Bytes modulus;
     Bytes exponent;
-    if (!readSubjectPublicKeyInfo(der, modulus, exponent))
+    if (!readSubjectPublicKeyInfo(der, modulus, exponent)) {
         return false;
+    }
     BCRYPT_RSAKEY_BLOB header{};
     header.Magic = BCRYPT_RSAPUBLIC_MAGIC;
     header.BitLength = static_cast<ULONG>(8 * modulus.size());

@@ -12,11 +12,12 @@ namespace {
 void undo(const RollbackEntry& entry) {
     // No step is checked: a backup that can't go back stays in the backup folder.
     ::DeleteFileW(install::systemPath(entry.target).c_str());
-    if (entry.backup.empty() || !install::pathExists(entry.backup))
+    if (entry.backup.empty() || !install::pathExists(entry.backup)) {
         return;
+    }
     install::makeFolders(install::systemPath(entry.target.parent_path()));
-    ::MoveFileExW(install::systemPath(entry.backup).c_str(), install::systemPath(entry.target).c_str(),
-                  MOVEFILE_REPLACE_EXISTING);
+    ::MoveFileExW(install::systemPath(entry.backup).c_str(),
+                  install::systemPath(entry.target).c_str(), MOVEFILE_REPLACE_EXISTING);
 }
 
 } // namespace

@@ -12,9 +12,9 @@ struct RollbackEntry {
     std::filesystem::path backup; // where its old version lies now; empty when there was none
 };
 
-// Belongs to one thread. Undoing walks from the last entry to the first: it deletes the new file and renames the old
-// one back, ignoring every failure, since the next check finds whatever couldn't be restored. Folders that were made
-// stay.
+// Belongs to one thread. Undoing walks from the last entry to the first: it deletes the new file
+// and renames the old one back, ignoring every failure, since the next check finds whatever
+// couldn't be restored. Folders that were made stay.
 class Rollback {
 public:
     // Room for `count` entries, so that recording a rename that has happened can't fail.

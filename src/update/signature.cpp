@@ -25,12 +25,15 @@ using Provider = std::unique_ptr<std::remove_pointer_t<BCRYPT_ALG_HANDLE>, Close
 using Key = std::unique_ptr<std::remove_pointer_t<BCRYPT_KEY_HANDLE>, DestroyKey>;
 
 int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
+    if (c >= '0' && c <= '9') {
         return c - '0';
-    if (c >= 'a' && c <= 'f')
+    }
+    if (c >= 'a' && c <= 'f') {
         return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
+    }
+    if (c >= 'A' && c <= 'F') {
         return c - 'A' + 10;
+    }
     return -1;
 }
 
@@ -43,59 +46,71 @@ bool hasDigest(const std::string& keyText, std::string_view fingerprint) {
 const char* verifyWithKey(std::vector<unsigned char>& blob, Sha256Digest& digest,
                           std::vector<unsigned char>& signature) {
     BCRYPT_ALG_HANDLE providerHandle = nullptr;
-    if (::BCryptOpenAlgorithmProvider(&providerHandle, BCRYPT_RSA_ALGORITHM, nullptr, 0) != 0)
+    if (::BCryptOpenAlgorithmProvider(&providerHandle, BCRYPT_RSA_ALGORITHM, nullptr, 0) != 0) {
         return "bcrypt_rsa_open_failed";
+    }
     const Provider provider(providerHandle);
 
     BCRYPT_KEY_HANDLE keyHandle = nullptr;
-    if (::BCryptImportKeyPair(provider.get(), nullptr, BCRYPT_RSAPUBLIC_BLOB, &keyHandle, blob.data(),
-                              static_cast<ULONG>(blob.size()), 0) != 0)
+    if (::BCryptImportKeyPair(provider.get(), nullptr, BCRYPT_RSAPUBLIC_BLOB, &keyHandle,
+                              blob.data(), static_cast<ULONG>(blob.size()), 0) != 0) {
         return "bcrypt_key_import_failed";
+    }
     const Key key(keyHandle);
 
     BCRYPT_PKCS1_PADDING_INFO padding{BCRYPT_SHA256_ALGORITHM};
-    if (::BCryptVerifySignature(key.get(), &padding, digest.data(), static_cast<ULONG>(digest.size()), signature.data(),
-                                static_cast<ULONG>(signature.size()), BCRYPT_PAD_PKCS1) != 0)
+    if (::BCryptVerifySignature(key.get(), &padding, digest.data(),
+                                static_cast<ULONG>(digest.size()), signature.data(),
+                                static_cast<ULONG>(signature.size()), BCRYPT_PAD_PKCS1) != 0) {
         return "manifest_signature_verify_failed";
+    }
     return nullptr;
 }
 
 } // namespace
 
 bool decodeSignature(std::string_view text, std::vector<unsigned char>& bytes) {
-    if (text.empty() || text.size() % 2 != 0)
+    if (text.empty() || text.size() % 2 != 0) {
         return false;
+    }
     bytes.reserve(text.size() / 2);
     for (std::size_t at = 0; at < text.size(); at += 2) {
         const int high = hexDigit(text[at]);
         const int low = hexDigit(text[at + 1]);
-        if (high < 0 || low < 0)
+        if (high < 0 || low < 0) {
             return false;
+        }
         bytes.push_back(static_cast<unsigned char>(high << 4 | low));
     }
     return true;
 }
 
 bool verifyManifestSignature(std::string_view manifest, std::string_view signature,
-                             const std::filesystem::path& keyFile, std::string_view fingerprint, std::string& error) {
+                             const std::filesystem::path& keyFile, std::string_view fingerprint,
+                             std::string& error) {
     const auto fail = [&error](const char* token) {
         error = token;
         return false;
     };
     const std::string keyText = install::readTextFile(keyFile);
-    if (keyText.empty())
+    if (keyText.empty()) {
         return fail("update_public_key_missing");
-    if (!hasDigest(keyText, fingerprint))
+    }
+    if (!hasDigest(keyText, fingerprint)) {
         return fail("update_public_key_fingerprint_mismatch");
+    }
     std::vector<unsigned char> signatureBytes;
-    if (!decodeSignature(signature, signatureBytes))
+    if (!decodeSignature(signature, signatureBytes)) {
         return fail("manifest_signature_invalid_hex");
+    }
     Sha256Digest digest;
-    if (!sha256Bytes(manifest.data(), manifest.size(), digest))
+    if (!sha256Bytes(manifest.data(), manifest.size(), digest)) {
         return fail("sha256_failed");
+    }
     std::vector<unsigned char> blob;
-    if (!readPublicKey(keyText, blob))
+    if (!readPublicKey(keyText, blob)) {
         return fail("public_key_parse_failed");
+    }
     const char* token = verifyWithKey(blob, digest, signatureBytes);
     return token == nullptr || fail(token);
 }

@@ -1,4 +1,5 @@
-// The update engine: what the channel offers, which files of the installation differ, and how they get there.
+// The update engine: what the channel offers, which files of the installation differ,
+// and how they get there.
 #pragma once
 
 #include "update/manifest.h"
@@ -15,7 +16,8 @@ namespace ca::update {
 struct PlanFile {
     ManifestFile file;
     std::filesystem::path target; // its place in the installation
-    bool missing = false;         // no regular file stood there; false for one that differs or can't be read
+    // no regular file stood there; false for one that differs or can't be read
+    bool missing = false;
 };
 
 // The answer of a check.
@@ -26,29 +28,35 @@ struct UpdatePlan {
     bool launcherUpdate = false;  // one of `files` bears the launcher's file name
 };
 
-// Bytes done and bytes in all. A file that is larger than its manifest says can drive the first past the second.
+// Bytes done and bytes in all. A file that is larger than its manifest says can drive the
+// first past the second.
 using ProgressCallback = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
-// Made for one job and dropped with it. Belongs to one thread, which its calls block for as long as they take.
+// Made for one job and dropped with it. Belongs to one thread, which its calls block
+// for as long as they take.
 class Updater {
 public:
-    explicit Updater(std::filesystem::path installationFolder) : installDir(std::move(installationFolder)) {}
+    explicit Updater(std::filesystem::path installationFolder)
+        : installDir(std::move(installationFolder)) {}
 
-    // Fetches manifest and signature of `channel`, believes them only if the signature holds, and compares the digest
-    // of every file that the manifest lists. Changes nothing on disk and compares no versions. False: `plan` is
-    // unchanged and `error` holds a token of fetchText, verifyManifestSignature or parseManifest,
-    // "update_server_not_configured" or "manifest_channel_or_platform_mismatch". `error` has no meaning after true.
+    // Fetches manifest and signature of `channel`, believes them only if the signature holds, and
+    // compares the digest of every file that the manifest lists. Changes nothing on disk and
+    // compares no versions. False: `plan` is unchanged and `error` holds a token of fetchText,
+    // verifyManifestSignature or parseManifest, "update_server_not_configured" or
+    // "manifest_channel_or_platform_mismatch". `error` has no meaning after true.
     bool check(const std::string& channel, UpdatePlan& plan, std::string& error) const;
 
-    // Installs `plan`. First every file is downloaded into a stage folder and its digest checked, with the installation
-    // untouched; then each is moved into place, the old one into a backup folder; last comes the version marker. Any
-    // failure undoes what was done. A plan without files does nothing and succeeds.
-    // A new launcher stays in the stage folder, since a running program can't be replaced by itself: `stagedLauncher`,
-    // if not null, then names it, and is empty otherwise. `progress` may be empty and is called during the downloads
-    // alone. False: `error` holds a token of downloadToFile, "update_downgrade_blocked:" and the plan's version,
-    // "update_workdir_failed", "version_marker_write_failed", or one of these and the manifest's path:
-    // "update_duplicate_path:", "download_hash_mismatch:", "update_destination_failed:", "update_backup_failed:",
-    // "update_install_failed:".
+    // Installs `plan`. First every file is downloaded into a stage folder and its digest checked,
+    // with the installation untouched; then each is moved into place, the old one into a backup
+    // folder; last comes the version marker. Any failure undoes what was done. A plan without files
+    // does nothing and succeeds.
+    // A new launcher stays in the stage folder, since a running program can't be replaced by
+    // itself: `stagedLauncher`, if not null, then names it, and is empty otherwise. `progress` may
+    // be empty and is called during the downloads alone. False: `error` holds a token of
+    // downloadToFile, "update_downgrade_blocked:" and the plan's version, "update_workdir_failed",
+    // "version_marker_write_failed", or one of these and the manifest's path:
+    // "update_duplicate_path:", "download_hash_mismatch:", "update_destination_failed:",
+    // "update_backup_failed:", "update_install_failed:".
     bool apply(const UpdatePlan& plan, const ProgressCallback& progress, std::string& error,
                std::filesystem::path* stagedLauncher) const;
 

@@ -20,8 +20,9 @@ std::vector<std::int32_t> parseVersion(std::string_view text) {
             break;
         }
     }
-    if (digitSeen || !numbers.empty())
+    if (digitSeen || !numbers.empty()) {
         numbers.push_back(static_cast<std::int32_t>(group));
+    }
     numbers.resize(std::max<std::size_t>(numbers.size(), 4));
     return numbers;
 }
@@ -32,8 +33,9 @@ int compareVersions(std::string_view a, std::string_view b) {
     const std::size_t count = std::max(left.size(), right.size());
     left.resize(count);
     right.resize(count);
-    if (left == right)
+    if (left == right) {
         return 0;
+    }
     return left < right ? -1 : 1;
 }
 

@@ -1,5 +1,5 @@
-// What the contract's tests share. They run against Windows' own functions and against the layer that stands in for
-// them; where one of the two is known to differ, a row names both answers.
+// What the contract's tests share. They run against Windows' own functions and against the layer
+// that stands in for them; where one of the two is known to differ, a row names both answers.
 #pragma once
 
 #include "install/paths.h"
@@ -25,13 +25,15 @@ inline std::filesystem::path childProgram() {
 }
 
 // 0 or the last error; `process` gets the number and a handle of what was started.
-inline DWORD start(const std::filesystem::path& program, std::wstring line, const std::filesystem::path& folder,
-                   PROCESS_INFORMATION& process) {
+inline DWORD start(const std::filesystem::path& program, std::wstring line,
+                   const std::filesystem::path& folder, PROCESS_INFORMATION& process) {
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
-    if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW,
-                          nullptr, wideFromPath(folder).c_str(), &startup, &process))
+    if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE,
+                          CREATE_NO_WINDOW, nullptr, wideFromPath(folder).c_str(), &startup,
+                          &process)) {
         return ::GetLastError();
+    }
     return ::CloseHandle(process.hThread) ? 0 : 1;
 }
 

@@ -1,16 +1,18 @@
 // The program that the contract's tests start:
 //
-//   contract_child report FILE [ARGUMENT]...     writes its folder, its own path, DISPLAY and its arguments to FILE
-//   contract_child wait FILE                     the same, then ends when the file is gone
-//   contract_child leave URL MICROSECONDS        returns from main while its other thread downloads
+//   contract_child report FILE [ARGUMENT]...     writes its folder, its own path, DISPLAY and its
+//   arguments to FILE contract_child wait FILE                     the same, then ends when the
+//   file is gone contract_child leave URL MICROSECONDS        returns from main while its other
+//   thread downloads
 #include "contract.h"
 #include "net/download.h"
 
 using namespace ca::test;
 
 static void downloadForever(const std::string& url) {
-    for (std::string text, error;;)
+    for (std::string text, error;;) {
         ca::net::fetchText(url, text, error);
+    }
 }
 
 int main(int argc, char** argv) {
@@ -18,16 +20,21 @@ int main(int argc, char** argv) {
     if (arguments.at(0) == "leave") {
         [[maybe_unused]] static std::thread* volatile neverJoined = // kept, so that nothing leaks
             new std::thread(downloadForever, arguments.at(1));
-        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(std::stoi(arguments.at(2)));
+        const auto end = std::chrono::steady_clock::now() +
+                         std::chrono::microseconds(std::stoi(arguments.at(2)));
         while (std::chrono::steady_clock::now() < end) {
         }
         return 0;
     }
-    std::string text = utf8FromPath(std::filesystem::current_path()) + "\n" + utf8FromPath(executableDir()) + "\n" +
-                       setting("DISPLAY");
-    for (std::size_t i = 2; i < arguments.size(); ++i)
+    std::string text = utf8FromPath(std::filesystem::current_path()) + "\n" +
+                       utf8FromPath(executableDir()) + "\n" + setting("DISPLAY");
+    for (std::size_t i = 2; i < arguments.size(); ++i) {
         text += "\n" + arguments[i];
-    const auto file = std::filesystem::absolute(arguments.at(1)); // whole at once, for whoever waits for it
+    }
+    // whole at once, for whoever waits for it
+    const auto file = std::filesystem::absolute(arguments.at(1));
     std::filesystem::rename(writeFile(file.parent_path() / "draft", text), file);
-    return arguments[0] == "report" || eventually([&] { return !std::filesystem::exists(file); }) ? 0 : 1;
+    return arguments[0] == "report" || eventually([&] { return !std::filesystem::exists(file); })
+               ? 0
+               : 1;
 }

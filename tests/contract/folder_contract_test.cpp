@@ -1,4 +1,5 @@
-// What the update helper asks of the system: names, copies, links, folders, and the process that it waits for.
+// What the update helper asks of the system: names, copies, links, folders, and the
+// process that it waits for.
 #include "contract.h"
 
 #include <shellapi.h>
@@ -16,28 +17,38 @@ TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
     const auto link = [&](const char* name, const char* file) {
         return result(::CreateHardLinkW(at(name).c_str(), at(file).c_str(), nullptr));
     };
-    const auto make = [&](const char* name) { return result(::CreateDirectoryW(at(name).c_str(), nullptr)); };
-    const auto remove = [&](const char* name) { return result(::RemoveDirectoryW(at(name).c_str())); };
+    const auto make = [&](const char* name) {
+        return result(::CreateDirectoryW(at(name).c_str(), nullptr));
+    };
+    const auto remove = [&](const char* name) {
+        return result(::RemoveDirectoryW(at(name).c_str()));
+    };
     const auto erase = [&](const char* name) { return result(::DeleteFileW(at(name).c_str())); };
     using Row = std::tuple<const char*, DWORD, DWORD>;
     for (const auto& [step, got, expected] :
-         {Row("copy", copy("a", "copy", TRUE), 0), Row("copy again", copy("a", "copy", TRUE), ERROR_FILE_EXISTS),
+         {Row("copy", copy("a", "copy", TRUE), 0),
+          Row("copy again", copy("a", "copy", TRUE), ERROR_FILE_EXISTS),
           Row("copy over", copy("sub/b", "copy", FALSE), 0),
           Row("copy nothing", copy("no", "x", FALSE), ERROR_FILE_NOT_FOUND),
-          Row("copy nowhere", copy("a", "no/x", FALSE), ERROR_PATH_NOT_FOUND), Row("link", link("link", "a"), 0),
+          Row("copy nowhere", copy("a", "no/x", FALSE), ERROR_PATH_NOT_FOUND),
+          Row("link", link("link", "a"), 0),
           Row("link again", link("link", "a"), ERROR_ALREADY_EXISTS),
           Row("copy over the other name", copy("a", "link", FALSE), ERROR_SHARING_VIOLATION),
           Row("link nothing", link("x", "no"), ERROR_FILE_NOT_FOUND), Row("make", make("new"), 0),
           Row("make again", make("new"), ERROR_ALREADY_EXISTS),
           Row("make below nothing", make("no/x"), ERROR_PATH_NOT_FOUND),
           Row("remove a file as a folder", remove("a"), ERROR_DIRECTORY),
-          Row("remove a full one", remove("sub"), ERROR_DIR_NOT_EMPTY), Row("remove an empty one", remove("new"), 0),
+          Row("remove a full one", remove("sub"), ERROR_DIR_NOT_EMPTY),
+          Row("remove an empty one", remove("new"), 0),
           Row("remove nothing", remove("new"), ERROR_FILE_NOT_FOUND),
-          Row("delete a folder", erase("sub"), ERROR_ACCESS_DENIED), Row("delete one name of two", erase("a"), 0),
-          Row("delete nothing", erase("a"), ERROR_FILE_NOT_FOUND)})
+          Row("delete a folder", erase("sub"), ERROR_ACCESS_DENIED),
+          Row("delete one name of two", erase("a"), 0),
+          Row("delete nothing", erase("a"), ERROR_FILE_NOT_FOUND)}) {
         EXPECT_EQ(got, expected) << step;
+    }
     EXPECT_EQ(readFile(folder / "copy") + readFile(folder / "link"), "ba");
-    EXPECT_EQ(::GetFileAttributesW(at("sub").c_str()) & FILE_ATTRIBUTE_DIRECTORY, DWORD{FILE_ATTRIBUTE_DIRECTORY});
+    EXPECT_EQ(::GetFileAttributesW(at("sub").c_str()) & FILE_ATTRIBUTE_DIRECTORY,
+              DWORD{FILE_ATTRIBUTE_DIRECTORY});
     EXPECT_EQ(::GetFileAttributesW(at("link").c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
     EXPECT_TRUE(::GetFileAttributesW(at("a").c_str()) == INVALID_FILE_ATTRIBUTES &&
                 ::GetLastError() == ERROR_FILE_NOT_FOUND);
@@ -52,19 +63,22 @@ TEST(Folders, AreListedAndPathsMadeWhole) {
     const HANDLE search = ::FindFirstFileW((wideFromPath(folder.path()) + L"/*").c_str(), &entry);
     ASSERT_NE(search, INVALID_HANDLE_VALUE);
     do {
-        if (std::wstring name = entry.cFileName; name[0] != L'.')
+        if (std::wstring name = entry.cFileName; name[0] != L'.') {
             names.push_back(entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? name + L"/" : name);
+        }
     } while (::FindNextFileW(search, &entry));
     EXPECT_EQ(::GetLastError(), DWORD{ERROR_NO_MORE_FILES});
     EXPECT_TRUE(::FindClose(search));
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::wstring>{L"fé€", L"sub/"}));
-    EXPECT_TRUE(::FindFirstFileW((wideFromPath(folder / "no") + L"/*").c_str(), &entry) == INVALID_HANDLE_VALUE &&
+    EXPECT_TRUE(::FindFirstFileW((wideFromPath(folder / "no") + L"/*").c_str(), &entry) ==
+                    INVALID_HANDLE_VALUE &&
                 ::GetLastError() == ERROR_PATH_NOT_FOUND);
 
     const std::wstring whole = wideFromPath(folder / "x");
     std::wstring buffer(1000, L' ');
-    const DWORD length = ::GetFullPathNameW(wideFromPath(folder / "sub/.././x").c_str(), 1000, buffer.data(), nullptr);
+    const DWORD length = ::GetFullPathNameW(wideFromPath(folder / "sub/.././x").c_str(), 1000,
+                                            buffer.data(), nullptr);
     EXPECT_EQ(buffer.substr(0, length), whole);
     EXPECT_EQ(::GetFullPathNameW(whole.c_str(), length, buffer.data(), nullptr), length + 1);
 }
@@ -77,34 +91,41 @@ TEST(Programs, AreTold) {
         return ::GetBinaryTypeW(wideFromPath(file).c_str(), &kind) ? kind : 1000 + ::GetLastError();
     };
     EXPECT_EQ(kindOf(childProgram()), DWORD{SCS_64BIT_BINARY});
-    for (const char* bytes : {"", "MZ, or so"}) // where Wine 8 gives no number
-        EXPECT_EQ(kindOf(writeFile(folder / "text.exe", bytes)), 1000U + (onWindows ? 0U : ERROR_BAD_EXE_FORMAT));
+    for (const char* bytes : {"", "MZ, or so"}) { // where Wine 8 gives no number
+        EXPECT_EQ(kindOf(writeFile(folder / "text.exe", bytes)),
+                  1000U + (onWindows ? 0U : ERROR_BAD_EXE_FORMAT));
+    }
     EXPECT_EQ(kindOf(folder / "none.exe"), 1000U + ERROR_FILE_NOT_FOUND);
 
     const std::wstring line = LR"("C:\a b\x.exe" --pid 7 "" "x\\" a\\b "c\"d" é)";
     int count = 0;
     LPWSTR* words = ::CommandLineToArgvW(line.c_str(), &count);
-    EXPECT_EQ(
-        std::vector<std::wstring>(words, words + count),
-        (std::vector<std::wstring>{LR"(C:\a b\x.exe)", L"--pid", L"7", L"", LR"(x\)", LR"(a\\b)", L"c\"d", L"é"}));
+    EXPECT_EQ(std::vector<std::wstring>(words, words + count),
+              (std::vector<std::wstring>{LR"(C:\a b\x.exe)", L"--pid", L"7", L"", LR"(x\)",
+                                         LR"(a\\b)", L"c\"d", L"é"}));
     EXPECT_EQ(::LocalFree(words), nullptr);
 }
 
 TEST(Programs, AreWaitedFor) {
-    EXPECT_TRUE(::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, 4194304) == nullptr &&
+    EXPECT_TRUE(::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, 4194304) ==
+                    nullptr &&
                 ::GetLastError() == ERROR_INVALID_PARAMETER);
     const TemporaryFolder folder;
     const std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
     PROCESS_INFORMATION child{};
     ASSERT_EQ(start(childProgram(), line, folder.path(), child), 0U);
-    const HANDLE process = ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, child.dwProcessId);
+    const HANDLE process =
+        ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, child.dwProcessId);
     EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
     EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
     FILETIME created[2] = {}, unused{};
     EXPECT_TRUE(::GetProcessTimes(::GetCurrentProcess(), &created[0], &unused, &unused, &unused) &&
                 ::GetProcessTimes(process, &created[1], &unused, &unused, &unused));
-    const auto steps = [](FILETIME time) { return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime; };
-    EXPECT_LE(steps(created[0]), steps(created[1])) << "the older process is that which started the other";
+    const auto steps = [](FILETIME time) {
+        return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+    };
+    EXPECT_LE(steps(created[0]), steps(created[1]))
+        << "the older process is that which started the other";
     std::filesystem::remove(folder / "out"); // and the child ends
     EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
     EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";

@@ -3,13 +3,15 @@
 using namespace ca::test;
 
 TEST(Text, IsWidenedOrRefused) {
-    // How many U+FFFD an ill-formed sequence makes is written down nowhere, so rows that need more than one name none.
+    // How many U+FFFD an ill-formed sequence makes is written down nowhere, so rows that need
+    // more than one name none.
     using Row = std::tuple<std::string, std::wstring, bool>;
     for (const auto& [bytes, lenient, wellFormed] :
          {Row("ab", L"ab", true), Row(std::string("a\0b", 3), std::wstring(L"a\0b", 3), true),
           Row("é€\U0001F600", L"é€\U0001F600", true), Row("\xF4\x8F\xBF\xBF", L"\U0010FFFF", true),
-          Row("\x80", L"\uFFFD", false), Row("\xE2\x82", L"\uFFFD", false), Row("\xF0\x9F\x98", L"\uFFFD", false),
-          Row("\xE2\x82z", L"\uFFFDz", false), Row("\xC0\x80", L"", false), Row("\xE0\x80\x80", L"", false),
+          Row("\x80", L"\uFFFD", false), Row("\xE2\x82", L"\uFFFD", false),
+          Row("\xF0\x9F\x98", L"\uFFFD", false), Row("\xE2\x82z", L"\uFFFDz", false),
+          Row("\xC0\x80", L"", false), Row("\xE0\x80\x80", L"", false),
           Row("\xED\xA0\x80", L"", false), Row("\xF4\x90\x80\x80", L"", false)}) {
         const int size = static_cast<int>(bytes.size());
         wchar_t wide[8];
@@ -19,31 +21,37 @@ TEST(Text, IsWidenedOrRefused) {
         EXPECT_EQ(::MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0), count);
         EXPECT_EQ(::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), size, wide, 8),
                   wellFormed ? count : 0);
-        EXPECT_TRUE(wellFormed || ::GetLastError() == ERROR_NO_UNICODE_TRANSLATION) << testing::PrintToString(bytes);
+        EXPECT_TRUE(wellFormed || ::GetLastError() == ERROR_NO_UNICODE_TRANSLATION)
+            << testing::PrintToString(bytes);
     }
     wchar_t small[2];
     EXPECT_EQ(::MultiByteToWideChar(CP_UTF8, 0, "abc", -1, nullptr, 0), 4) << "-1 counts the zero";
     EXPECT_TRUE(::MultiByteToWideChar(CP_UTF8, 0, "abc", 3, small, 2) == 0 &&
                 ::GetLastError() == ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_TRUE(::MultiByteToWideChar(CP_UTF8, 0, "", 0, small, 2) == 0 && ::GetLastError() == ERROR_INVALID_PARAMETER);
+    EXPECT_TRUE(::MultiByteToWideChar(CP_UTF8, 0, "", 0, small, 2) == 0 &&
+                ::GetLastError() == ERROR_INVALID_PARAMETER);
 }
 
 TEST(Module, KnowsItsPathOrAsMuchAsFits) {
     wchar_t whole[4096];
     const DWORD length = ::GetModuleFileNameW(nullptr, whole, 4096);
-    EXPECT_TRUE(::GetLastError() == ERROR_SUCCESS && std::filesystem::exists(pathFromWide({whole, length})));
+    EXPECT_TRUE(::GetLastError() == ERROR_SUCCESS &&
+                std::filesystem::exists(pathFromWide({whole, length})));
     for (const DWORD size : {DWORD{1}, DWORD{5}, length}) {
         wchar_t cut[4096] = {};
-        EXPECT_TRUE(::GetModuleFileNameW(nullptr, cut, size) == size && ::GetLastError() == ERROR_INSUFFICIENT_BUFFER);
+        EXPECT_TRUE(::GetModuleFileNameW(nullptr, cut, size) == size &&
+                    ::GetLastError() == ERROR_INSUFFICIENT_BUFFER);
         EXPECT_EQ(std::wstring(cut, size - 1), std::wstring(whole, size - 1));
     }
 }
 
 TEST(Environment, IsReadBySize) { // of a variable that stands beside the test's command
     wchar_t buffer[16];
-    EXPECT_EQ(std::wstring(buffer, ::GetEnvironmentVariableW(L"CONTRACT_VALUE", buffer, 16)), L"välue");
-    for (const DWORD size : {6U, 5U, 0U})
+    EXPECT_EQ(std::wstring(buffer, ::GetEnvironmentVariableW(L"CONTRACT_VALUE", buffer, 16)),
+              L"välue");
+    for (const DWORD size : {6U, 5U, 0U}) {
         EXPECT_EQ(::GetEnvironmentVariableW(L"CONTRACT_VALUE", buffer, size), size == 6 ? 5U : 6U);
+    }
     EXPECT_EQ(::GetEnvironmentVariableW(L"CONTRACT_NOTHING", buffer, 16), 0U);
     EXPECT_EQ(::GetLastError(), DWORD{ERROR_ENVVAR_NOT_FOUND});
 }

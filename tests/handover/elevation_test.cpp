@@ -1,4 +1,5 @@
-// An installation that the launcher's user can't write to: an unprivileged user where the tests run as root.
+// An installation that the launcher's user can't write to: an unprivileged user where
+// the tests run as root.
 #include "handover/machine.h"
 
 #include <sys/inotify.h>
@@ -9,7 +10,8 @@ using namespace ca::test;
 
 namespace {
 
-// Stands in for the system's prompt: tells what is to be run, and waits for the answer, its exit status.
+// Stands in for the system's prompt: tells what is to be run, and waits for the
+// answer, its exit status.
 constexpr const char* promptScript = R"(#!/bin/sh
 cd "$(dirname "$0")/../prompt" || exit 1
 for word in $$ "$@"; do printf '%s\n' "$word"; done >draft && mv draft asked
@@ -23,10 +25,12 @@ struct LimitedPlayer : Machine {
         fs::create_directory(prompt);
         fs::permissions(prompt, fs::perms(0777));
         wrapper = {"env", "PATH=" + (folder / "bin").string() + ":" + std::getenv("PATH")};
-        if (::geteuid() == 0)
-            wrapper.insert(wrapper.end(), {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
-        else
+        if (::geteuid() == 0) {
+            wrapper.insert(wrapper.end(),
+                           {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
+        } else {
             fs::permissions(installation, fs::perms(0555));
+        }
     }
     ~LimitedPlayer() { fs::permissions(installation, fs::perms(0755)); }
 
@@ -37,15 +41,21 @@ struct LimitedPlayer : Machine {
     }
     // Runs what is asked for as the administrator would be made to, on the prompt's own streams.
     std::unique_ptr<ca::demo::Process> grant() const {
-        std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software", "SDL_FRAMEBUFFER_ACCELERATION=0"};
-        for (const char* name : {"LD_PRELOAD", "ASAN_OPTIONS"}) // what a sanitized build is started with
-            if (const char* value = std::getenv(name))
+        std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software",
+                                         "SDL_FRAMEBUFFER_ACCELERATION=0"};
+        // what a sanitized build is started with
+        for (const char* name : {"LD_PRELOAD", "ASAN_OPTIONS"}) {
+            if (const char* value = std::getenv(name)) {
                 command.push_back(name + std::string("=") + value);
+            }
+        }
         command.insert(command.end(), {"sh", "-c", "exec \"$@\" >/proc/$0/fd/1 2>/proc/$0/fd/2"});
-        EXPECT_TRUE(eventually([this] { return fs::exists(prompt / "asked"); })); // the window says so before
+        // the window says so before
+        EXPECT_TRUE(eventually([this] { return fs::exists(prompt / "asked"); }));
         std::istringstream asked(readFile(prompt / "asked"));
-        for (std::string word; std::getline(asked, word);)
+        for (std::string word; std::getline(asked, word);) {
             command.push_back(word);
+        }
         fs::permissions(installation, fs::perms(0755));
         return std::make_unique<ca::demo::Process>(command);
     }
@@ -54,7 +64,8 @@ struct LimitedPlayer : Machine {
 };
 
 ca::job::SharedSnapshot asking() {
-    auto prompt = look(HandingOver, "WINDOWS PERMISSION REQUIRED", "OPENING UAC TO INSTALL THE UPDATE...");
+    auto prompt =
+        look(HandingOver, "WINDOWS PERMISSION REQUIRED", "OPENING UAC TO INSTALL THE UPDATE...");
     prompt.busy = prompt.updateAvailable = true;
     prompt.progressTotal = 4000;
     return prompt;
@@ -63,11 +74,14 @@ ca::job::SharedSnapshot asking() {
 // Names of the files that are made in a folder from now on.
 class Watch {
 public:
-    explicit Watch(const fs::path& folder) { ::inotify_add_watch(queue_, folder.c_str(), IN_CREATE); }
+    explicit Watch(const fs::path& folder) {
+        ::inotify_add_watch(queue_, folder.c_str(), IN_CREATE);
+    }
     ~Watch() { ::close(queue_); }
     bool sawWriteTest() const {
         std::string events(65536, '\0');
-        events.resize(static_cast<std::size_t>(std::max<ssize_t>(::read(queue_, events.data(), events.size()), 0)));
+        events.resize(static_cast<std::size_t>(
+            std::max<ssize_t>(::read(queue_, events.data(), events.size()), 0)));
         return events.find(".coldanchor-write-test-") != std::string::npos;
     }
 
@@ -91,21 +105,24 @@ TEST(Elevation, IsFoundOutByAFileThatVanishes) {
     s.begin(start);
     s.see(updated());
     EXPECT_TRUE(watch.sawWriteTest());
-    for (const std::string& path : s.changes())
+    for (const std::string& path : s.changes()) {
         EXPECT_EQ(path.find("write-test"), std::string::npos) << path;
+    }
     s.close();
 }
 
 TEST(Prompt, CanBeRefusedAndComesAgain) {
     LimitedPlayer s;
     const Watch watch(s.installation);
-    auto denied = look(Failed, "UPDATE PERMISSION DENIED", "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
+    auto denied =
+        look(Failed, "UPDATE PERMISSION DENIED", "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
     denied.updateAvailable = true;
     denied.progressTotal = 4000;
     for (const int status : {126, 127}) {
         s.begin(status == 126 ? start : refresh);
         s.see(asking());
-        writeFile(s.data / "game_version", "1.4." + std::to_string(status)); // drawn at once: the window is alive
+        // drawn at once: the window is alive
+        writeFile(s.data / "game_version", "1.4." + std::to_string(status));
         s.see(asking());
         s.begin(refresh);
         writeFile(s.data / "game_version", "1.4.1\n");
@@ -141,20 +158,23 @@ TEST(Prompt, LeadsToASecondProcess) {
 }
 
 TEST(Elevation, GoesThroughWindows) {
-    if (programRunner().empty())
+    if (programRunner().empty()) {
         GTEST_SKIP() << "the prompt is the host's own";
+    }
     Machine s;
     s.serve(slowManifest); // time enough to make the folder writable
     const char* const folder = s.installation.c_str();
-    if (::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0)
+    if (::mount(folder, folder, nullptr, MS_BIND, nullptr) != 0) {
         GTEST_SKIP() << "only root can refuse itself the right to write";
+    }
     EXPECT_EQ(::mount(nullptr, folder, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr), 0);
     const Watch watch(s.installation);
     s.begin(start);
     EXPECT_TRUE(eventually([&] { // the second one has begun, and hasn't come to installing yet
         const auto ids = s.launchers();
         return std::any_of(ids.begin(), ids.end(), [](pid_t id) {
-            return readFile("/proc/" + std::to_string(id) + "/cmdline").find("--elevated") != std::string::npos;
+            return readFile("/proc/" + std::to_string(id) + "/cmdline").find("--elevated") !=
+                   std::string::npos;
         });
     }));
     EXPECT_EQ(::umount2(folder, MNT_DETACH), 0);

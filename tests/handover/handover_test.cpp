@@ -28,9 +28,12 @@ struct HandOver : Machine {
         see(current());
         expectCurrent();
         EXPECT_TRUE(eventually([&] {
-            for (const fs::directory_entry& entry : fs::directory_iterator(installation / ".coldanchor-update"))
-                if (entry.path().filename().string().starts_with("stage-"))
+            for (const fs::directory_entry& entry :
+                 fs::directory_iterator(installation / ".coldanchor-update")) {
+                if (entry.path().filename().string().starts_with("stage-")) {
                     return false;
+                }
+            }
             return true;
         }));
         closeSuccessor();
@@ -48,7 +51,8 @@ ca::job::SharedSnapshot notHandedOver() {
 
 TEST(HandOver, EndsInTheNextLauncher) {
     HandOver s;
-    writeFile(s.installation / helperName, "an old helper"); // so it is the new one that swaps the launchers
+    // so it is the new one that swaps the launchers
+    writeFile(s.installation / helperName, "an old helper");
     s.begin(start);
     s.waitForSuccessor();
     s.expectNextLauncher();
@@ -81,10 +85,12 @@ TEST(HandOver, ReplacesTheLauncherFromASubFolder) {
     s.begin(start);
     EXPECT_EQ(s.launcher->wait(std::chrono::seconds(20)), 0);
     EXPECT_FALSE(fs::exists(s.installation / "tools"));
-    s.put("next/" + launcherName, s.installation / "tools" / launcherName); // or each start would hand over again
+    // or each start would hand over again
+    s.put("next/" + launcherName, s.installation / "tools" / launcherName);
     s.waitForSuccessor();
     s.expectNextLauncher();
-    EXPECT_TRUE(readFile(s.installation / launcherName) == readFile(s.tree / "tools" / launcherName));
+    EXPECT_TRUE(readFile(s.installation / launcherName) ==
+                readFile(s.tree / "tools" / launcherName));
 }
 
 TEST(HandOver, NeedsAHelper) {
@@ -94,7 +100,8 @@ TEST(HandOver, NeedsAHelper) {
     s.begin(start);
     s.see(notHandedOver());
     s.begin(refresh);
-    EXPECT_TRUE(eventually([&] { return s.requests().size() == 8; })); // twice the manifest, and once the other files
+    // twice the manifest, and once the other files
+    EXPECT_TRUE(eventually([&] { return s.requests().size() == 8; }));
     s.see(notHandedOver());
     s.play();
 }
@@ -103,13 +110,15 @@ TEST(HandOver, ReturnsToTheOldLauncherOnce) {
     Machine s; // whose channel offers what looks like a launcher and can't be run
     s.put("next/" + launcherName, s.installation / launcherName);
     s.put(helperName, s.installation / helperName);
-    writeFile(s.tree / launcherName,
-              readFile(s.installation / launcherName).substr(0, programRunner().empty() ? 600 : 4096));
+    writeFile(
+        s.tree / launcherName,
+        readFile(s.installation / launcherName).substr(0, programRunner().empty() ? 600 : 4096));
     s.publish();
     s.begin(start);
     s.waitForSuccessor();
     s.see(notHandedOver());
     EXPECT_EQ(s.requests().size(), 8U);
-    fs::resize_file(s.folder / "output", 0); // where Wine, and it alone, tells that it can't run the new one
+    // where Wine, and it alone, tells that it can't run the new one
+    fs::resize_file(s.folder / "output", 0);
     s.play();
 }

@@ -1,5 +1,5 @@
-// A scenario in which launchers follow one another. The windows that are looked at belong to the next launcher, whose
-// version stands in their footers.
+// A scenario in which launchers follow one another. The windows that are looked at belong to the
+// next launcher, whose version stands in their footers.
 #pragma once
 
 #include "program/scenario.h"
@@ -10,18 +10,21 @@ namespace ca::test {
 
 inline const std::string launcherName = "ColdAnchorLauncher.exe";
 inline const std::string helperName = "ColdAnchorUpdateHelper.exe";
-inline constexpr const char* slowManifest = "location ~ json$ { limit_rate 800; }"; // a second or more
+// a second or more
+inline constexpr const char* slowManifest = "location ~ json$ { limit_rate 800; }";
 
 struct Machine : Scenario {
     Machine() { put("next/" + launcherName, installation / launcherName); }
     ~Machine() {
-        for (const pid_t id : launchers())
+        for (const pid_t id : launchers()) {
             ::kill(id, SIGKILL);
+        }
     }
 
     void put(const fs::path& program, const fs::path& target) const {
         fs::create_directories(target.parent_path());
-        fs::copy_file(testedBuild() / "bin" / program, target, fs::copy_options::overwrite_existing);
+        fs::copy_file(testedBuild() / "bin" / program, target,
+                      fs::copy_options::overwrite_existing);
     }
 
     // This installation's launchers that run, behind a runner or not.
@@ -30,10 +33,13 @@ struct Machine : Scenario {
         for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
             const std::string words = readFile(entry.path() / "cmdline");
             if (words.find(folder.path().filename()) != std::string::npos &&
-                words.find(launcherName) != std::string::npos && words.find("--wait-pid") == std::string::npos &&
-                words.find("pkexec") == std::string::npos && words.find("/bin/sh") == std::string::npos &&
-                words.find("APPDATA=") == std::string::npos)
+                words.find(launcherName) != std::string::npos &&
+                words.find("--wait-pid") == std::string::npos &&
+                words.find("pkexec") == std::string::npos &&
+                words.find("/bin/sh") == std::string::npos &&
+                words.find("APPDATA=") == std::string::npos) {
                 ids.push_back(std::stoi(entry.path().filename()));
+            }
         }
         return ids;
     }

@@ -16,8 +16,9 @@ struct Player : Machine {
     }
     // The launcher has started with these places for a player's files, and ended again.
     void run(const std::optional<std::string>& local, const std::string& roaming = {}) {
-        if (::geteuid() == 0 && programRunner().empty()) // whom rights don't bind
+        if (::geteuid() == 0 && programRunner().empty()) { // whom rights don't bind
             wrapper = {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"};
+        }
         variables = {{"LOCALAPPDATA", local}, {"APPDATA", roaming}};
         begin(start);
         see(current());
@@ -34,7 +35,8 @@ TEST(UserData, GoesWhereTheEnvironmentSays) {
     using Row = std::tuple<std::optional<std::string>, std::string, fs::path>;
     for (const auto& [local, roaming, folder] :
          {Row(shownPath(a / "Ünal 船"), shownPath(a / "b"), a / "Ünal 船/ColdAnchor"),
-          Row("", shownPath(a / "b"), a / "b/ColdAnchor"), Row({}, shownPath(a / "c"), a / "c/ColdAnchor"),
+          Row("", shownPath(a / "b"), a / "b/ColdAnchor"),
+          Row({}, shownPath(a / "c"), a / "c/ColdAnchor"),
           Row("", "", s.installation / "userdata")}) {
         SCOPED_TRACE(folder);
         s.run(local, roaming);
@@ -48,12 +50,14 @@ TEST(UserData, LosesNothingWhereACopyFails) {
     using Row = std::pair<std::string, Paths>;
     for (const auto& [cause, changes] :
          {Row("chmod 0 ../game/save/profile_v07.sav", {saves + "/settings_v01.cfg"}),
-          Row("mkdir -p ColdAnchor/saves/profile_v07.sav; touch ColdAnchor/saves/settings_v01.cfg", {}),
+          Row("mkdir -p ColdAnchor/saves/profile_v07.sav; touch ColdAnchor/saves/settings_v01.cfg",
+              {}),
           Row("mkdir -p ColdAnchor/saves; chmod 555 ColdAnchor/saves", {}),
           Row("mkdir ColdAnchor; echo mine >ColdAnchor/saves", {})}) {
         SCOPED_TRACE(cause);
-        if (!programRunner().empty() && cause.find("chmod") != std::string::npos)
+        if (!programRunner().empty() && cause.find("chmod") != std::string::npos) {
             continue; // Wine runs as whoever runs the tests, whom rights may not bind
+        }
         Player s;
         change(s.player / "a ö", cause);
         s.run(shownPath(s.player / "a ö"));

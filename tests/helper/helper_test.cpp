@@ -11,26 +11,31 @@ TEST(Helper, RefusesEveryOtherCommandLine) {
     const auto expectStatus = [&i](int status, std::size_t at, const std::string& word) {
         auto words = i.arguments();
         words[at] = word;
-        if (status == 11 && at == 5)
+        if (status == 11 && at == 5) {
             words[7] = word;
+        }
         EXPECT_EQ(i.run(words), status) << word;
     };
     using Word = std::pair<std::size_t, const char*>;
     for (const auto& [at, word] :
-         {Word(0, "--wait"), Word(1, ""), Word(1, "0"), Word(1, "-1"), Word(1, " 12"), Word(1, "12x"),
-          Word(1, "4294967296"), Word(1, "99999999999999999999"), Word(2, "--target"), Word(3, ""),
-          Word(4, "--replace"), Word(5, ""), Word(6, "--Relaunch")})
+         {Word(0, "--wait"), Word(1, ""), Word(1, "0"), Word(1, "-1"), Word(1, " 12"),
+          Word(1, "12x"), Word(1, "4294967296"), Word(1, "99999999999999999999"),
+          Word(2, "--target"), Word(3, ""), Word(4, "--replace"), Word(5, ""),
+          Word(6, "--Relaunch")}) {
         expectStatus(10, at, word);
+    }
     expectStatus(11, 5, shownPath(i.game / "ColdAnchor.exe"));
     expectStatus(11, 5, shownPath(i.game / ("x" + launcherName)));
     expectStatus(11, 7, shownPath(i.staged));
     expectStatus(11, 7, "");
     const fs::path otherGame = i.game.string() + "x";
     for (const fs::path& path :
-         {i.target, i.stage, i.stage / "", outside / launcherName, i.stage / "../../x.exe", work / "stage-/x.exe",
-          work / "stage-1a/x.exe", work / "backup-17/x.exe", otherGame / i.staged.lexically_relative(i.game),
-          work / "stage-17" / launcherName, i.stage / "link" / launcherName})
+         {i.target, i.stage, i.stage / "", outside / launcherName, i.stage / "../../x.exe",
+          work / "stage-/x.exe", work / "stage-1a/x.exe", work / "backup-17/x.exe",
+          otherGame / i.staged.lexically_relative(i.game), work / "stage-17" / launcherName,
+          i.stage / "link" / launcherName}) {
         expectStatus(12, 3, shownPath(path));
+    }
     auto words = i.arguments();
     words.push_back("--verbose");
     EXPECT_EQ(i.run(words), 10);
@@ -61,7 +66,8 @@ TEST(Helper, ReplacesStartsAndTidiesUp) {
         EXPECT_EQ(i.run(), 0);
         i.expectStarted("new");
         const std::string game = place + "/";
-        std::erase_if(expected, [&](const auto& entry) { return entry.first.starts_with(game + stagePath); });
+        std::erase_if(expected,
+                      [&](const auto& entry) { return entry.first.starts_with(game + stagePath); });
         expected[game + ".coldanchor-update/backup-1700000000123/" + launcherName] = standIn("old");
         expected[game + launcherName] = standIn("new");
         expected[game + "started.txt"] = readFile(i.game / "started.txt");
@@ -78,7 +84,8 @@ TEST(Helper, StartsWhicheverLauncherThereIs) {
         SCOPED_TRACE(cause);
         const Installation i;
         change(i.game / ".coldanchor-update",
-               "old=../*.exe; new=$(echo stage-*/*); backup=$(echo backup-*); " + std::string(cause));
+               "old=../*.exe; new=$(echo stage-*/*); backup=$(echo backup-*); " +
+                   std::string(cause));
         EXPECT_EQ(i.run(), status);
         i.expectStarted(status == 0 ? "new" : "old");
         EXPECT_EQ(readFile(i.folder / "outside" / launcherName), "mine");

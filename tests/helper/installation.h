@@ -1,5 +1,6 @@
-// An installation in a folder of its own, with a new launcher staged, and the helper as a process on it. A program that
-// tells of its start stands in for both launchers, which differ in their last bytes alone.
+// An installation in a folder of its own, with a new launcher staged, and the helper as a
+// process on it. A program that tells of its start stands in for both launchers, which differ in
+// their last bytes alone.
 #pragma once
 
 #include "demo/process.h"
@@ -20,9 +21,11 @@ inline std::string standIn(const std::string& ending) {
 }
 
 struct Installation {
-    explicit Installation(const fs::path& place = "Größe XL", const fs::path& stagedName = launcherName,
-                          const fs::path& disk = {})
-        : game((disk.empty() ? folder.path() : disk) / place), stage(game / stagePath), staged(stage / stagedName) {
+    explicit Installation(const fs::path& place = "Größe XL",
+                          const fs::path& stagedName = launcherName, const fs::path& disk = {})
+        : game((disk.empty() ? folder.path() : disk) / place),
+          stage(game / stagePath),
+          staged(stage / stagedName) {
         put(target, standIn("old"));
         put(staged, standIn("new"));
         fs::create_directories(backup);
@@ -36,22 +39,26 @@ struct Installation {
         return {"--wait-pid", noProcess,         "--replace",  shownPath(staged),
                 "--target",   shownPath(target), "--relaunch", shownPath(target)};
     }
-    std::unique_ptr<Process> begin(const std::vector<std::string>& words, std::vector<std::string> command = {}) const {
+    std::unique_ptr<Process> begin(const std::vector<std::string>& words,
+                                   std::vector<std::string> command = {}) const {
         const auto helper = commandOf(builtProgram("ColdAnchorUpdateHelper.exe"), words);
         command.insert(command.end(), helper.begin(), helper.end());
         demo::ProcessOptions options;
         options.environment = {"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
         return std::make_unique<Process>(command, options);
     }
-    int run(const std::vector<std::string>& words, const std::vector<std::string>& command = {}) const {
+    int run(const std::vector<std::string>& words,
+            const std::vector<std::string>& command = {}) const {
         return begin(words, command)->wait(std::chrono::seconds(90)).value_or(-1);
     }
     int run() const { return run(arguments()); }
 
     Contents contents() const { return contentsOf(folder.path()); }
-    // Makes a launcher one that looks like a program to whoever reads its first bytes, and can't be run.
+    // Makes a launcher one that looks like a program to whoever reads its first
+    // bytes, and can't be run.
     static void breakProgram(const fs::path& path) {
-        put(path, standIn("").substr(0, programRunner().empty() ? 600 : 4096)); // past what says which kind it is
+        // past what says which kind it is
+        put(path, standIn("").substr(0, programRunner().empty() ? 600 : 4096));
     }
     // What is in the launcher's place has run once, without arguments, in the installation.
     void expectStarted(const std::string& ending) const {

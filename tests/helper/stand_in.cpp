@@ -6,7 +6,8 @@
 int main(int argc, char**) {
     const std::filesystem::path folder = ca::install::executableDir();
     std::error_code gone;
-    const bool here = std::filesystem::equivalent(std::filesystem::current_path(gone), folder, gone);
+    const bool here =
+        std::filesystem::equivalent(std::filesystem::current_path(gone), folder, gone);
     std::ofstream report(folder / "started.txt", std::ios::app);
     report << argc << (here ? " here." : " elsewhere.");
     return report.flush() ? 0 : 1;

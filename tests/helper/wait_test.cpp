@@ -26,9 +26,11 @@ TEST(HelperWait, TouchesNothingBeforeNorThroughALinkPutThereMeanwhile) {
         const fs::path open = "/proc/" + std::to_string(helper->id()) + "/fd";
         EXPECT_TRUE(eventually([&] {
             std::error_code ignored;
-            for (const fs::directory_entry& entry : fs::directory_iterator(open, ignored))
-                if (fs::read_symlink(entry.path(), ignored) == "anon_inode:[pidfd]")
+            for (const fs::directory_entry& entry : fs::directory_iterator(open, ignored)) {
+                if (fs::read_symlink(entry.path(), ignored) == "anon_inode:[pidfd]") {
                     return true;
+                }
+            }
             return false;
         }));
         EXPECT_EQ(differing(i.contents(), before), Paths());
@@ -40,9 +42,10 @@ TEST(HelperWait, TouchesNothingBeforeNorThroughALinkPutThereMeanwhile) {
         const auto changed = i.contents();
         launcher.stop();
         EXPECT_EQ(helper->wait(std::chrono::seconds(20)), linked ? 12 : 0);
-        if (linked)
+        if (linked) {
             EXPECT_EQ(differing(i.contents(), changed), Paths());
-        else
+        } else {
             i.expectStarted("new");
+        }
     }
 }

@@ -5,5 +5,7 @@
 
 int main(int count, char**) {
     DWORD ignored = 0;
-    return count > 5 && ::WinHttpCheckPlatform() && ::GetFileVersionInfoSizeW(L"", &ignored) != 0 ? 1 : 0;
+    return count > 5 && ::WinHttpCheckPlatform() && ::GetFileVersionInfoSizeW(L"", &ignored) != 0
+               ? 1
+               : 0;
 }

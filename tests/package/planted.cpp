@@ -1,4 +1,5 @@
-// A library that lies where it doesn't belong. Leaves a file beside itself when it is loaded, and offers no function.
+// A library that lies where it doesn't belong. Leaves a file beside itself when it is loaded,
+// and offers no function.
 #include <string>
 #include <windows.h>
 
@@ -9,7 +10,8 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
         path.resize(::GetModuleFileNameW(module, path.data(), 1000));
         path += L".loaded";
-        ::CloseHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+        ::CloseHandle(
+            ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
     }
     return TRUE;
 }

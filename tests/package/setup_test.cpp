@@ -1,4 +1,5 @@
-// What a player meets: the setup program, the first start, and the removal. Runs on the host; the programs under Wine.
+// What a player meets: the setup program, the first start, and the removal. Runs on the host;
+// the programs under Wine.
 #include "program/scenario.h"
 
 #include <cstdlib>
@@ -21,18 +22,22 @@ const std::set<std::string> installed = {"ColdAnchorLauncher.exe",
                                          "data/update_public_key.pem",
                                          "data/update_server.txt"};
 
-const char* const menuEntry = "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk";
+const char* const menuEntry =
+    "AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk";
 
 std::set<std::string> filesBelow(const fs::path& folder) {
     std::set<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (entry.is_symlink() || !entry.is_directory())
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.is_symlink() || !entry.is_directory()) {
             names.insert(entry.path().lexically_relative(folder));
+        }
+    }
     return names;
 }
 
-// The exit status. The options go in word by word: what follows /D= stands without quotation marks, up to the end. One
-// word with a blank, here within quotation marks, reaches the program within them.
+// The exit status. The options go in word by word: what follows /D= stands without
+// quotation marks, up to the end. One word with a blank, here within quotation marks,
+// reaches the program within them.
 int run(const fs::path& program, const std::string& options) {
     std::istringstream words(options);
     const auto command = commandOf(program, {std::istream_iterator<std::string>(words), {}});
@@ -56,17 +61,22 @@ int tryToUninstall(const fs::path& folder) {
 // The uninstaller goes on as a copy of itself when its first process has ended.
 void uninstall(const fs::path& folder, const std::set<std::string>& left) {
     EXPECT_EQ(run(folder / "Uninstall.exe", "/S"), 0);
-    const auto rest = [&] { return fs::exists(folder) ? filesBelow(folder) : std::set<std::string>(); };
+    const auto rest = [&] {
+        return fs::exists(folder) ? filesBelow(folder) : std::set<std::string>();
+    };
     EXPECT_TRUE(eventually([&] { return rest() == left; })) << testing::PrintToString(rest());
 }
 
 // Below drive C, there or in the user's own folder; empty if it isn't there.
 std::string onDriveC(const std::string& name) {
     const fs::path drive = testedBuild() / "wine-setup/drive_c";
-    for (const auto& user : fs::directory_iterator(drive / "users"))
-        if (const std::string path = drive / ("users/" + user.path().filename().string() + "/" + name);
-            fs::exists(path))
+    for (const auto& user : fs::directory_iterator(drive / "users")) {
+        if (const std::string path =
+                drive / ("users/" + user.path().filename().string() + "/" + name);
+            fs::exists(path)) {
             return path;
+        }
+    }
     return fs::exists(drive / name) ? drive / name : "";
 }
 
@@ -79,8 +89,10 @@ TEST(Setup, LeadsToTheGameAndBack) {
     ASSERT_EQ(install(s.installation), 0);
     EXPECT_EQ(filesBelow(s.installation), installed);
     fs::copy(s.installation, s.tree, fs::copy_options::recursive);
-    for (const char* own : {"Uninstall.exe", "data/update_public_key.pem", "data/update_server.txt"})
+    for (const char* own :
+         {"Uninstall.exe", "data/update_public_key.pem", "data/update_server.txt"}) {
         fs::remove(s.tree / own);
+    }
     fs::copy_file(builtProgram("fake_game.exe"), s.tree / "ColdAnchor.exe");
     writeFile(s.data / "patch_notes.txt", notes);
     s.publish();
@@ -92,15 +104,19 @@ TEST(Setup, LeadsToTheGameAndBack) {
     s.see(ready);
     EXPECT_EQ(install(s.installation), 4) << "the launcher runs";
     EXPECT_EQ(tryToUninstall(s.installation), 4);
-    for (const std::string& file : filesBelow(s.tree))
+    for (const std::string& file : filesBelow(s.tree)) {
         EXPECT_TRUE(readFile(s.installation / file) == readFile(s.tree / file)) << file;
+    }
     s.play();
 
     const std::string deep(100, 'd');
     writeFile(s.installation / deep / deep / deep / "at the end.txt", "beyond 260 characters");
-    writeFile(s.installation / "Tom's `maps`/\U0001F9CA.txt", "with characters that a script could stumble over");
-    for (const auto& file : {s.installation / "Tom's `maps`/\U0001F9CA.txt", s.installation / "ColdAnchorLauncher.exe"})
+    writeFile(s.installation / "Tom's `maps`/\U0001F9CA.txt",
+              "with characters that a script could stumble over");
+    for (const auto& file : {s.installation / "Tom's `maps`/\U0001F9CA.txt",
+                             s.installation / "ColdAnchorLauncher.exe"}) {
         fs::permissions(file, fs::perms::owner_read);
+    }
     writeFile(s.folder / "elsewhere/kept.txt", "not ours");
     fs::create_directory_symlink(s.folder / "elsewhere", s.installation / "maps/link");
     writeFile(s.installation / "save/profile_v07.sav", "level 3");
@@ -117,10 +133,10 @@ TEST(Setup, TakesTheUsualFoldersAndTheStartMenu) {
     struct Row {
         const char *options, *folder, *menu;
     };
-    for (const auto& row :
-         std::initializer_list<Row>{{"/S", "AppData/Local/Programs/Cold Anchor", menuEntry},
-                                    {"/S /ALLUSERS", "Program Files/Cold Anchor",
-                                     "ProgramData/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"}}) {
+    for (const auto& row : std::initializer_list<Row>{
+             {"/S", "AppData/Local/Programs/Cold Anchor", menuEntry},
+             {"/S /ALLUSERS", "Program Files/Cold Anchor",
+              "ProgramData/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"}}) {
         SCOPED_TRACE(row.options);
         EXPECT_EQ(run(setupProgram(), row.options), 0);
         const fs::path folder = onDriveC(row.folder);
@@ -134,7 +150,8 @@ TEST(Setup, TakesTheUsualFoldersAndTheStartMenu) {
 
 TEST(Setup, TouchesNoFolderWithOtherThings) {
     const TemporaryFolder folder, installation;
-    const fs::path own = folder / "a player's own.txt", launcher = folder / "ColdAnchorLauncher.exe";
+    const fs::path own = folder / "a player's own.txt",
+                   launcher = folder / "ColdAnchorLauncher.exe";
     writeFile(own, "text");
     EXPECT_EQ(install(folder.path()), 3);
     writeFile(launcher, "moved there");
@@ -142,11 +159,14 @@ TEST(Setup, TouchesNoFolderWithOtherThings) {
     EXPECT_EQ(install(installation.path()), 0);
     fs::copy(installation / "Uninstall.exe", folder / "Uninstall.exe");
     EXPECT_EQ(tryToUninstall(folder.path()), 3);
-    EXPECT_EQ(filesBelow(folder.path()), (std::set<std::string>{own.filename(), launcher.filename(), "Uninstall.exe"}));
-    for (const char* nowhere : {"/D=game", "/D=C:/game", "/D=C:\\", R"("/D=C:\\a game")"})
+    EXPECT_EQ(filesBelow(folder.path()),
+              (std::set<std::string>{own.filename(), launcher.filename(), "Uninstall.exe"}));
+    for (const char* nowhere : {"/D=game", "/D=C:/game", "/D=C:\\", R"("/D=C:\\a game")"}) {
         EXPECT_EQ(run(setupProgram(), std::string("/S ") + nowhere), 3) << nowhere;
+    }
 
-    // One that an interrupted setup has left is its own, and one program's removal leaves another's menu entry.
+    // One that an interrupted setup has left is its own, and one program's removal
+    // leaves another's menu entry.
     const TemporaryFolder second;
     writeFile(second / "ColdAnchorSetup.new/data/update_server.txt", "half");
     writeFile(second / "assets/launcher/cold_anchor_launcher.png", "half");
@@ -167,8 +187,9 @@ TEST(Setup, TouchesNoFolderWithOtherThings) {
 
 TEST(Setup, LeavesWhatAFullDiskCantReplace) {
     const TemporaryFolder disk;
-    if (::mount("none", disk.path().c_str(), "tmpfs", 0, "size=5m") != 0)
+    if (::mount("none", disk.path().c_str(), "tmpfs", 0, "size=5m") != 0) {
         GTEST_SKIP() << "only root can make a small disk";
+    }
     const fs::path folder = disk / "game", launcher = folder / "ColdAnchorLauncher.exe";
     EXPECT_EQ(install(folder), 0);
     writeFile(launcher, "an older one");
@@ -179,8 +200,8 @@ TEST(Setup, LeavesWhatAFullDiskCantReplace) {
     EXPECT_EQ(::umount2(disk.path().c_str(), MNT_DETACH), 0);
 }
 
-// Wine's own libraries load bcrypt, crypt32 and setupapi in a way that no program can steer; Windows' don't. So these
-// aren't planted.
+// Wine's own libraries load bcrypt, crypt32 and setupapi in a way that no program can steer;
+// Windows' don't. So these aren't planted.
 TEST(Launcher, LoadsNoLibraryFromItsFolder) {
     const auto loaded = [](const fs::path& folder) {
         std::set<std::string> names = filesBelow(folder);
@@ -196,8 +217,8 @@ TEST(Launcher, LoadsNoLibraryFromItsFolder) {
         ::setenv("WINEDLLOVERRIDES", native.c_str(), 1);
     };
     Scenario s;
-    plant(s.installation, {"winhttp", "version", "winmm", "imm32", "dwmapi", "dxgi", "d3d9", "shcore", "uxtheme",
-                           "combase", "opengl32", "dinput8"});
+    plant(s.installation, {"winhttp", "version", "winmm", "imm32", "dwmapi", "dxgi", "d3d9",
+                           "shcore", "uxtheme", "combase", "opengl32", "dinput8"});
     s.makeCurrent();
     s.begin(start);
     s.see(look(Ready, "READY TO PLAY", "VERSION 1.4.2 // stable"));
@@ -208,6 +229,7 @@ TEST(Launcher, LoadsNoLibraryFromItsFolder) {
     fs::copy_file(builtProgram("careless.exe"), other / "careless.exe");
     plant(other.path(), {"winhttp", "version"});
     EXPECT_EQ(run(other / "careless.exe", ""), 0);
-    EXPECT_EQ(loaded(other.path()), (std::set<std::string>{"VERSION.dll.loaded", "WINHTTP.dll.loaded"}));
+    EXPECT_EQ(loaded(other.path()),
+              (std::set<std::string>{"VERSION.dll.loaded", "WINHTTP.dll.loaded"}));
     ::unsetenv("WINEDLLOVERRIDES");
 }

@@ -29,34 +29,43 @@ int xdotool(std::vector<std::string> arguments, const std::filesystem::path& out
 } // namespace
 
 void open() {
-    if (connection)
+    if (connection) {
         return;
+    }
     int ends[2]{};
     demo::ProcessOptions options;
     options.inheritedFile = ::pipe2(ends, O_CLOEXEC) == 0 ? ends[1] : -1;
     options.output = "/dev/null";
-    const std::vector<std::string> command{"Xvfb", "-displayfd", std::to_string(ends[1]), "-nolisten", "tcp"};
+    const std::vector<std::string> command{"Xvfb", "-displayfd", std::to_string(ends[1]),
+                                           "-nolisten", "tcp"};
     server = std::make_unique<demo::Process>(command, options);
     ::close(ends[1]);
     std::string number = ":"; // a free one; the server tells it when it is ready
-    for (char c = 0; ::read(ends[0], &c, 1) == 1 && c != '\n';)
+    for (char c = 0; ::read(ends[0], &c, 1) == 1 && c != '\n';) {
         number += c;
+    }
     ::close(ends[0]);
     ::setenv("DISPLAY", number.c_str(), 1);
     connection = XOpenDisplay(nullptr);
-    if (!connection)
+    if (!connection) {
         throw std::runtime_error("Xvfb doesn't answer");
+    }
     XSetErrorHandler([](_XDisplay*, XErrorEvent*) { return 0; }); // a window may go at any time
-    // Wine waits two seconds for the manager's word on each window that goes. Screens in memory have this font alone.
+    // Wine waits two seconds for the manager's word on each window that goes. Screens in
+    // memory have this font alone.
     manager = std::make_unique<demo::Process>(std::vector<std::string>{"evilwm", "-fn", "fixed"});
-    if (!programRunner().empty()) // whose desktop may still be that of an earlier test's server, which is gone
+    // whose desktop may still be that of an earlier test's server, which is gone
+    if (!programRunner().empty()) {
         demo::Process({programRunner()[0], "--stop"}).wait(std::chrono::seconds(60));
+    }
 }
 
 bool findWindow() {
     const TemporaryFolder folder;
-    if (xdotool({"search", "--onlyvisible", "--name", "^Cold Anchor Launcher$"}, folder / "id") != 0)
+    if (xdotool({"search", "--onlyvisible", "--name", "^Cold Anchor Launcher$"}, folder / "id") !=
+        0) {
         return false;
+    }
     window = std::stoul(readFile(folder / "id"));
     return true;
 }
@@ -68,16 +77,18 @@ bool waitForWindow() { // before its first frame SDL may replace it by one that 
 Picture picture() {
     Picture picture(1040 * 640);
     XImage* image = XGetImage(connection, window, 0, 0, 1040, 640, AllPlanes, ZPixmap);
-    if (!image)
+    if (!image) {
         return picture;
-    std::memcpy(picture.data(), image->data, 4 * picture.size()); // 0xRRGGBB at this depth, without gaps
+    }
+    // 0xRRGGBB at this depth, without gaps
+    std::memcpy(picture.data(), image->data, 4 * picture.size());
     XDestroyImage(image);
     return picture;
 }
 
 void click(int x, int y, int button) {
-    xdotool({"mousemove", "--window", std::to_string(window), std::to_string(x), std::to_string(y), "click",
-             std::to_string(button)});
+    xdotool({"mousemove", "--window", std::to_string(window), std::to_string(x), std::to_string(y),
+             "click", std::to_string(button)});
 }
 
 void press(const std::string& key) {

@@ -1,11 +1,13 @@
-// A screen in memory of this process's own: the launcher's window on it, a mouse and a keyboard. One thread.
+// A screen in memory of this process's own: the launcher's window on it, a mouse and
+// a keyboard. One thread.
 #pragma once
 
 #include "support/canvas.h"
 
 namespace ca::test::display {
 
-void open();          // once, before all else; programs that are started from then on show their windows on it
+// once, before all else; programs that are started from then on show their windows on it
+void open();
 bool findWindow();    // the launcher's, which the calls below mean; false while there is none
 bool waitForWindow(); // and for its first frame
 Picture picture();    // black when the window is gone

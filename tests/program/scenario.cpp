@@ -43,7 +43,8 @@ job::SharedSnapshot updated() {
 
 Scenario::Scenario() {
     display::open();
-    variables = {{"LOCALAPPDATA", shownPath(player / "local")}, {"APPDATA", shownPath(player / "roaming")}};
+    variables = {{"LOCALAPPDATA", shownPath(player / "local")},
+                 {"APPDATA", shownPath(player / "roaming")}};
     release.version = "1.4.2";
     writeFile(tree / "data/first.dat", std::string(1000, '2'));
     writeFile(tree / "data/intact.dat", std::string(1000, 'i'));
@@ -68,34 +69,42 @@ void Scenario::makeOld() const {
 
 void Scenario::makeCurrent() const {
     fs::create_directories(installation);
-    fs::copy(tree, installation, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    fs::copy(tree, installation,
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
     writeFile(data / "game_version", release.version + "\n");
 }
 
 void Scenario::serve(const std::string& directives, const fs::path& certificate) {
     server.reset();
-    server = std::make_unique<demo::Nginx>(folder / "nginx",
-                                           demo::NginxOptions{folder / "channel", 0, directives, certificate});
+    server = std::make_unique<demo::Nginx>(
+        folder / "nginx", demo::NginxOptions{folder / "channel", 0, directives, certificate});
     writeFile(data / "update_server.txt", " " + server->url() + "\r\n");
 }
 
 void Scenario::begin(Road road) {
-    if (road != start)
+    if (road != start) {
         return display::click(road == refresh ? 920 : 780, 470);
+    }
     remember();
     const std::string home = folder.path();
     demo::ProcessOptions options;
     options.workingFolder = home;
     options.output = folder / "output";
-    options.environment = {"HOME=" + home, "XDG_RUNTIME_DIR=" + home,    "LC_ALL=C.UTF-8",
-                           "http_proxy=",  "SDL_RENDER_DRIVER=software", "SDL_FRAMEBUFFER_ACCELERATION=0"}; // no OpenGL
+    options.environment = {"HOME=" + home, "XDG_RUNTIME_DIR=" + home, "LC_ALL=C.UTF-8",
+                           // no OpenGL
+                           "http_proxy=", "SDL_RENDER_DRIVER=software",
+                           "SDL_FRAMEBUFFER_ACCELERATION=0"};
     std::vector<std::string> words;
-    for (const auto& [name, value] : variables)
-        if (!value)
+    for (const auto& [name, value] : variables) {
+        if (!value) {
             words.insert(words.end(), {"-u", name});
-    for (const auto& [name, value] : variables)
-        if (value)
+        }
+    }
+    for (const auto& [name, value] : variables) {
+        if (value) {
             words.push_back(name + "=" + *value);
+        }
+    }
     words.push_back(shownPath(installation / "ColdAnchorLauncher.exe"));
     // Wine sets a player's variables itself, so they have to be set behind it.
     words = commandOf(programRunner().empty() ? "env" : builtProgram("env.exe"), words);
@@ -107,13 +116,17 @@ void Scenario::begin(Road road) {
 void Scenario::see(const job::SharedSnapshot& look) const {
     const bool shown = eventually([&] {
         Picture seen = display::picture();
-        const Picture expected = draw(installation, look); // each time: the marker's version is part of it
-        for (std::size_t at = 322 * 1040; look.jobState == Updating && at < 352 * 1040; ++at)
-            if (at % 1040 >= 720)
+        // each time: the marker's version is part of it
+        const Picture expected = draw(installation, look);
+        for (std::size_t at = 322 * 1040; look.jobState == Updating && at < 352 * 1040; ++at) {
+            if (at % 1040 >= 720) {
                 seen[at] = expected[at];
+            }
+        }
         return seen == expected;
     });
-    EXPECT_TRUE(shown) << look.statusText << " // " << look.detailText << "\n" << readFile(folder / "output");
+    EXPECT_TRUE(shown) << look.statusText << " // " << look.detailText << "\n"
+                       << readFile(folder / "output");
 }
 
 void Scenario::holdServer(bool held) const {
@@ -129,7 +142,8 @@ void Scenario::tryInputs(const job::SharedSnapshot& busy) {
     begin(repair);
     display::press("Return");
     const std::string version = readFile(data / "game_version").substr(0, 5);
-    for (const char* ending : {".0\n", "\n"}) { // a frame that shows the second change began behind the inputs
+    // a frame that shows the second change began behind the inputs
+    for (const char* ending : {".0\n", "\n"}) {
         writeFile(data / "game_version", version + ending);
         see(busy);
     }
@@ -137,8 +151,9 @@ void Scenario::tryInputs(const job::SharedSnapshot& busy) {
 }
 
 void Scenario::expectCurrent() const {
-    for (const auto& [path, bytes] : contentsOf(tree))
+    for (const auto& [path, bytes] : contentsOf(tree)) {
         EXPECT_TRUE(path.ends_with('/') || readFile(installation / path) == bytes) << path;
+    }
     EXPECT_EQ(readFile(data / "game_version"), release.version + "\n");
 }
 
@@ -171,12 +186,15 @@ Contents Scenario::contents() const {
     const auto options = fs::directory_options::follow_directory_symlink;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(player, options)) {
         std::string name = entry.path().lexically_relative(player).string();
-        if (name.starts_with("game/.coldanchor-update/"))
+        if (name.starts_with("game/.coldanchor-update/")) {
             std::erase_if(name, [](char c) { return c >= '0' && c <= '9'; });
-        if (!entry.is_directory())
-            files[name] = std::to_string(entry.last_write_time().time_since_epoch().count()) + readFile(entry.path());
-        else if (fs::is_empty(entry.path()))
+        }
+        if (!entry.is_directory()) {
+            files[name] = std::to_string(entry.last_write_time().time_since_epoch().count()) +
+                          readFile(entry.path());
+        } else if (fs::is_empty(entry.path())) {
             files[name + "/"] = {};
+        }
     }
     return files;
 }
@@ -184,8 +202,9 @@ Contents Scenario::contents() const {
 Paths Scenario::requests() const {
     std::istringstream log(readFile(server->accessLog()));
     Paths targets;
-    for (std::string method, target, rest; log >> method >> target && std::getline(log, rest);)
+    for (std::string method, target, rest; log >> method >> target && std::getline(log, rest);) {
         targets.push_back(target);
+    }
     return targets;
 }
 

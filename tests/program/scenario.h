@@ -1,5 +1,6 @@
-// One player's machine and one update channel: an installation of 1.4.1 with the real launcher, and 1.4.2 on a real web
-// server. Everything lies in folders of its own, which vanish with the scenario.
+// One player's machine and one update channel: an installation of 1.4.1 with the real
+// launcher, and 1.4.2 on a real web server. Everything lies in folders of its own, which
+// vanish with the scenario.
 #pragma once
 
 #include "demo/channel.h"
@@ -26,8 +27,8 @@ job::SharedSnapshot current(); // a check has found nothing to do
 job::SharedSnapshot updated(); // an update has come to its end
 
 struct Scenario {
-    // The channel offers data/first.dat, which differs in the installation, data/intact.dat, which doesn't, and
-    // maps/Größe XL/Nord mole.pak, which the installation lacks.
+    // The channel offers data/first.dat, which differs in the installation, data/intact.dat, which
+    // doesn't, and maps/Größe XL/Nord mole.pak, which the installation lacks.
     Scenario();
 
     void makeOld() const;     // puts the installation into that state
@@ -41,16 +42,19 @@ struct Scenario {
     void clickMain() const { display::click(850, 550); }
 
     // Each waits for what it expects, and fails the test if that doesn't come.
-    void see(const job::SharedSnapshot& look) const; // the whole window; the bar may stand anywhere while updating
-    void tryInputs(const job::SharedSnapshot& busy); // all that a job ignores, while the server is held
-    void close();                                    // by the window: the launcher ends at once
-    void play(const std::string& key = {});          // by a click on PLAY or a key: the launcher ends, one game goes on
+    // the whole window; the bar may stand anywhere while updating
+    void see(const job::SharedSnapshot& look) const;
+    // all that a job ignores, while the server is held
+    void tryInputs(const job::SharedSnapshot& busy);
+    void close(); // by the window: the launcher ends at once
+    // by a click on PLAY or a key: the launcher ends, one game goes on
+    void play(const std::string& key = {});
 
     void expectCurrent() const; // every file that the channel offers, and the marker
 
     void remember() { before = contents(); } // as a start does
-    // What differs since then in the player's folders: files, also where only their times do, and empty folders with a
-    // slash behind. Names in the work folder are without their digits.
+    // What differs since then in the player's folders: files, also where only their times do, and
+    // empty folders with a slash behind. Names in the work folder are without their digits.
     Paths changes() const { return differing(before, contents()); }
     Paths requests() const; // what the server was asked for, in order
 
@@ -64,8 +68,9 @@ struct Scenario {
     fs::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
     demo::Release release;
     std::unique_ptr<demo::Nginx> server;
-    std::vector<std::string> wrapper;                            // what the launcher is started through
-    std::map<std::string, std::optional<std::string>> variables; // of the launcher; paths as shownPath tells them
+    std::vector<std::string> wrapper; // what the launcher is started through
+    // of the launcher; paths as shownPath tells them
+    std::map<std::string, std::optional<std::string>> variables;
     std::unique_ptr<demo::Process> launcher;
     Contents before;
 

@@ -9,10 +9,12 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     Scenario s;
     fs::copy_file(s.installation / "ColdAnchor.exe", s.tree / "ColdAnchor.exe");
     writeFile(s.installation / "ColdAnchor.exe", "an old game");
-    const std::string deep = "maps/" + std::string(100, 'd') + "/" + std::string(100, 'e') + "/chart.dat";
+    const std::string deep =
+        "maps/" + std::string(100, 'd') + "/" + std::string(100, 'e') + "/chart.dat";
     writeFile(s.tree / deep, "a path that no program had once");
     s.release.mandatory = true;
-    s.release.notes = "Cold Anchor v1.4.2\nADDED\n- A lighthouse whose keeper trades at night, if he is awake.";
+    s.release.notes =
+        "Cold Anchor v1.4.2\nADDED\n- A lighthouse whose keeper trades at night, if he is awake.";
     s.publish();
     s.begin(start);
     auto ready = updated();
@@ -21,8 +23,9 @@ TEST(Update, BringsAnInstallationUpToDateOnce) {
     s.expectCurrent();
     const std::string backup = "game/.coldanchor-update/backup-/";
     EXPECT_EQ(s.changes(),
-              (Paths{backup + "ColdAnchor.exe", backup + "data/first.dat", "game/ColdAnchor.exe", "game/data/first.dat",
-                     "game/data/game_version", "game/maps/Größe XL/Nord mole.pak", "game/" + deep}));
+              (Paths{backup + "ColdAnchor.exe", backup + "data/first.dat", "game/ColdAnchor.exe",
+                     "game/data/first.dat", "game/data/game_version",
+                     "game/maps/Größe XL/Nord mole.pak", "game/" + deep}));
     s.close();
 
     const auto lastWrite = fs::last_write_time(s.installation);
@@ -58,13 +61,16 @@ TEST(Update, ComesBySecureConnectionsAlone) {
         openssl x509 -in known.pem -outform der -out known.der)");
     s.wrapper = {"env", "SSL_CERT_FILE=" + (s.folder / "known.pem").string()};
     if (!programRunner().empty()) {
-        ca::demo::Process trust(commandOf(builtProgram("trust.exe"), {shownPath(s.folder / "known.der")}));
+        ca::demo::Process trust(
+            commandOf(builtProgram("trust.exe"), {shownPath(s.folder / "known.der")}));
         EXPECT_EQ(trust.wait(std::chrono::seconds(20)), 0);
     }
-    for (const char* file : {"first.dat", "intact.dat", "game_version"})
+    for (const char* file : {"first.dat", "intact.dat", "game_version"}) {
         fs::remove(s.data / file);
+    }
     // Wine has one number for all that is wrong with a certificate.
-    const std::string refused = programRunner().empty() ? "winhttp_send_failed_12175" : "winhttp_send_failed_12157";
+    const std::string refused =
+        programRunner().empty() ? "winhttp_send_failed_12175" : "winhttp_send_failed_12157";
     for (const char* certificate : {"unknown", "other", "expired"}) {
         SCOPED_TRACE(certificate);
         s.serve({}, s.folder / certificate);
@@ -91,9 +97,11 @@ TEST(Update, ShowsItsStepsAndTakesNoInput) {
         fs::remove_all(s.installation / "maps");
         s.holdServer(true);
         s.begin(road);
-        s.tryInputs(look(Checking, road == repair ? "CHECKING GAME FILES..." : "CHECKING FOR UPDATES...", "",
+        s.tryInputs(look(Checking,
+                         road == repair ? "CHECKING GAME FILES..." : "CHECKING FOR UPDATES...", "",
                          road == start ? "" : "1.4.2"));
-        s.tryInputs(look(Updating, road == repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
+        s.tryInputs(look(Updating,
+                         road == repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
                          "1 FILES REQUIRE UPDATE"));
         s.see(updated());
         EXPECT_EQ(s.requests().size(), 3 * (static_cast<std::size_t>(road) + 1));
@@ -116,8 +124,9 @@ TEST(Update, IsRequiredWhereTheChannelSaysSo) {
         expected.updateRequired = required;
         expected.progressTotal = 4000;
         s.see(expected);
-        if (required)
+        if (required) {
             s.clickMain();
+        }
 
         fs::remove(s.data / "update_server.txt"); // a check that fails changes nothing of that
         s.begin(refresh);
@@ -126,8 +135,9 @@ TEST(Update, IsRequiredWhereTheChannelSaysSo) {
         expected.updateRequired = required;
         expected.updateAvailable = true;
         s.see(expected);
-        if (required)
+        if (required) {
             display::press("Return");
+        }
 
         fs::rename(s.folder / "elsewhere", s.channel / "files/data/first.dat");
         s.serve(slowServer);
@@ -145,7 +155,8 @@ TEST(Update, LeavesANewerInstallationAlone) {
     s.release.mandatory = true;
     s.publish();
     writeFile(s.data / "game_version", "2.0\r\n");
-    const auto blocked = look(Ready, "READY TO PLAY", "INSTALLED 2.0 // SERVER 1.4.2 // DOWNGRADE BLOCKED");
+    const auto blocked =
+        look(Ready, "READY TO PLAY", "INSTALLED 2.0 // SERVER 1.4.2 // DOWNGRADE BLOCKED");
     s.begin(start);
     s.see(blocked);
     s.begin(repair);

@@ -12,8 +12,9 @@ TEST(Window, TakesClicksUpToTheEdgesOfItsButtons) {
     s.begin(start);
     s.see(current());
     // None of these starts the game, or the launcher would be gone.
-    for (const auto& [x, y] : Points{{719, 540}, {981, 540}, {850, 514}, {850, 578}})
+    for (const auto& [x, y] : Points{{719, 540}, {981, 540}, {850, 514}, {850, 578}}) {
         display::click(x, y);
+    }
     display::click(850, 550, 3);
     display::press("KP_Enter");
     s.begin(refresh);
@@ -22,15 +23,24 @@ TEST(Window, TakesClicksUpToTheEdgesOfItsButtons) {
 
     fs::remove(s.installation / "ColdAnchor.exe");
     s.remember();
-    const auto missing = look(Failed, "GAME EXECUTABLE MISSING", shownPath(s.installation / "ColdAnchor.exe"));
+    const auto missing =
+        look(Failed, "GAME EXECUTABLE MISSING", shownPath(s.installation / "ColdAnchor.exe"));
     std::size_t requests = 4;
     for (const auto& [x, y] : Points{{720, 452}, {846, 494}, {854, 452}, {980, 494}}) {
         SCOPED_TRACE(testing::Message() << x << ", " << y);
-        for (const auto& [missX, missY] :
-             Points{{719, 470}, {847, 470}, {850, 470}, {853, 470}, {981, 470}, {780, 451}, {780, 495}, {920, 500}})
+        for (const auto& [missX, missY] : Points{{719, 470},
+                                                 {847, 470},
+                                                 {850, 470},
+                                                 {853, 470},
+                                                 {981, 470},
+                                                 {780, 451},
+                                                 {780, 495},
+                                                 {920, 500}}) {
             display::click(missX, missY);
+        }
         display::click(x, y, 3);
-        // A job that one of these began would take this click's effect, or show in the server's log.
+        // A job that one of these began would take this click's effect, or
+        // show in the server's log.
         y == 452 ? display::click(720, 515) : display::click(980, 577);
         s.see(missing);
         EXPECT_EQ(s.requests().size(), requests);
@@ -44,7 +54,8 @@ TEST(Window, TakesClicksUpToTheEdgesOfItsButtons) {
     s.close();
 }
 
-// At any moment of a download that would go on for a minute. The amount that has arrived decides, not the time.
+// At any moment of a download that would go on for a minute. The amount that has arrived
+// decides, not the time.
 TEST(Window, ClosesAtOnceDuringAJob) {
     Scenario s;
     writeFile(s.tree / "data/huge.pak", {});
@@ -55,8 +66,9 @@ TEST(Window, ClosesAtOnceDuringAJob) {
     const auto arrived = [&work] {
         std::error_code ignored;
         std::uintmax_t size = 0;
-        for (const fs::directory_entry& file : fs::recursive_directory_iterator(work, ignored))
+        for (const fs::directory_entry& file : fs::recursive_directory_iterator(work, ignored)) {
             size += file.is_regular_file(ignored) ? file.file_size(ignored) : 0;
+        }
         return size;
     };
     std::minstd_rand random(20240117);

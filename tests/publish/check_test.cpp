@@ -13,9 +13,11 @@ namespace {
 // A line for each finding of this kind.
 std::string findingsOf(const publish::CheckResult& result, bool isProblem) {
     std::string text;
-    for (const publish::Finding& finding : result.findings)
-        if (finding.isProblem == isProblem)
+    for (const publish::Finding& finding : result.findings) {
+        if (finding.isProblem == isProblem) {
             text += finding.where + " " + finding.what + "\n";
+        }
+    }
     return text;
 }
 
@@ -28,7 +30,9 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
         std::function<void(Manifest&)> change{}; // or the manifest is changed and signed
         bool isProblem = true;
     };
-    const auto duplicate = [](Manifest& m) { (m.files.emplace_back(m.files[3])).path = "DATA/first.dat"; };
+    const auto duplicate = [](Manifest& m) {
+        (m.files.emplace_back(m.files[3])).path = "DATA/first.dat";
+    };
     for (const Row& row : {
              Row{"first.dat: No such file", "files/data/first.dat", nullptr},
              Row{"has 1 bytes where the manifest says 5", "files/data/first.dat", "x"},
@@ -52,7 +56,8 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
             row.change(s.result.manifest);
             const std::string text = publish::manifestText(s.result.manifest);
             writeFile(s.live / "manifest.json", text);
-            writeFile(s.live / "manifest.sig", publish::PrivateKey(s.order.privateKey, {}).sign(text));
+            writeFile(s.live / "manifest.sig",
+                      publish::PrivateKey(s.order.privateKey, {}).sign(text));
         } else {
             fs::remove(s.live / row.file);
             row.bytes != nullptr ? void(writeFile(s.live / row.file, row.bytes)) : void();
@@ -60,8 +65,11 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
         const publish::CheckResult result = s.check();
         const std::string findings = findingsOf(result, row.isProblem);
         EXPECT_NE(findings.find(row.what), findings.npos) << row.what << "\n" << findings;
-        for (const publish::CheckResult& each : {result, publish::checkChannel({s.root, "stable", {}, 2})}) // no key
+        // no key
+        for (const publish::CheckResult& each :
+             {result, publish::checkChannel({s.root, "stable", {}, 2})}) {
             EXPECT_EQ(each.good(), !row.isProblem) << row.what;
+        }
     }
 }
 
@@ -81,8 +89,9 @@ TEST(Check, FindsWhatAServerDoesToAnswers) {
              Row{"expires 1h;", true, "may be answered from a cache for long", 6},
              Row{fresh + "location ~ first { return 404; }", true, "http_404", 1},
              Row{fresh + "location ~ first { return 200 FIRST; }", true, "hasn't the digest", 1},
-             Row{fresh + "rewrite ^/stable/(.*dat)$ /x/$1 redirect; rewrite ^/x/(.*)$ /stable/$1 break;", false,
-                 "is redirected", 1},
+             Row{fresh + "rewrite ^/stable/(.*dat)$ /x/$1 redirect; rewrite ^/x/(.*)$ /stable/$1 "
+                         "break;",
+                 false, "is redirected", 1},
              Row{fresh + "gzip on; gzip_min_length 1; gzip_types *;", false, "the coding gzip", 1},
              Row{fresh + "location ~ dat$ { add_header Content-Encoding br;" + fresh + "}", true,
                  "the coding br, which launchers don't undo", 1},

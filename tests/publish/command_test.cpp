@@ -1,4 +1,5 @@
-// The program as its users have it: words, exit status, output; and the documentation, taken at its word.
+// The program as its users have it: words, exit status, output; and the
+// documentation, taken at its word.
 #include "publish/keys.h"
 #include "publish/manifest_text.h"
 #include "publish/studio.h"
@@ -31,9 +32,11 @@ TEST(Commands, AnswerAsDocumented) {
     writeFile(s.folder / "alien/stable/windows/manifest.sig", std::string(512, '0'));
     const std::string key = "a b/update_private_key.pem", pem = "a b/update_public_key.pem";
     const std::string release = "release game --version 1 --to channel --key '" + key + "'";
-    const std::string check = "check channel --key '" + pem + "'", fingerprint = "keys fingerprint '" + pem + "'";
+    const std::string check = "check channel --key '" + pem + "'",
+                      fingerprint = "keys fingerprint '" + pem + "'";
     const std::string twin = "keys new twin --no-passphrase"; // one of two has to be whole
-    const std::string twinRelease = "release game --version 1 --to twins --key twin/update_private_key.pem";
+    const std::string twinRelease =
+        "release game --version 1 --to twins --key twin/update_private_key.pem";
     for (const Row& row : {
              Row{"keys new none", 1, "no terminal to ask"},
              Row{"keys new none --passphrase-file absent", 1, "can't read absent"},
@@ -44,7 +47,8 @@ TEST(Commands, AnswerAsDocumented) {
              Row{fingerprint + " >/dev/full", 1, "No space left"},
              Row{"keys fingerprint '" + key + "'", 1, "is a private key"},
              Row{"keys fingerprint pass", 1, "no public key"},
-             Row{twin + " & \"$0\" " + twin + "; wait; \"$0\" " + twinRelease, 0, "released 1 to stable"},
+             Row{twin + " & \"$0\" " + twin + "; wait; \"$0\" " + twinRelease, 0,
+                 "released 1 to stable"},
              Row{release, 1, "no terminal to ask"},
              Row{release + " --passphrase-file wrong", 1, "the passphrase isn't that of a b/"},
              Row{release + " --passphrase-file pass", 0, "released 1 to stable: 4 files, "},
@@ -53,7 +57,8 @@ TEST(Commands, AnswerAsDocumented) {
              Row{check + " --channel beta", 1, "problem: manifest.json can't read"},
              Row{"diff channel/stable/windows pass", 1, "pass is no manifest"},
              Row{"diff 'a\x1B' pass", 1, "can't read a?: No such"},
-             Row{"diff channel/stable/windows alien/stable/windows", 0, "added a??[m?b 5\nremoved Cold"},
+             Row{"diff channel/stable/windows alien/stable/windows", 0,
+                 "added a??[m?b 5\nremoved Cold"},
              Row{"check alien", 1, "not good: version 1??[m?b, 1 file"},
              Row{"check alien --json", 1, "a\\n\\u001b[m\\u009bb"},
              Row{"serve pass", 1, "pass is no folder"},
@@ -62,9 +67,11 @@ TEST(Commands, AnswerAsDocumented) {
              Row{"--help", 0, "release"},
          }) {
         SCOPED_TRACE(row.words);
-        EXPECT_EQ(s.run({}, {"setsid", "-w", "sh", "-c", "\"$0\" " + row.words}), row.status); // no terminal
+        // no terminal
+        EXPECT_EQ(s.run({}, {"setsid", "-w", "sh", "-c", "\"$0\" " + row.words}), row.status);
         EXPECT_NE(s.output.find(row.text), std::string::npos) << s.output;
-        EXPECT_EQ(s.output.find_first_of("\r\x1B\x9B"), std::string::npos) << s.output; // nor progress in a file
+        // nor progress in a file
+        EXPECT_EQ(s.output.find_first_of("\r\x1B\x9B"), std::string::npos) << s.output;
         const bool printsKey = row.words.starts_with("keys") && *row.text == '\0';
         EXPECT_TRUE(!printsKey || s.output == ca::publish::fingerprintOf(s.folder / pem) + "\n");
     }
@@ -73,37 +80,50 @@ TEST(Commands, AnswerAsDocumented) {
     EXPECT_FALSE(fs::exists(s.folder / "none"));
     EXPECT_EQ(s.run({"check", "channel", "--json"}), 0);
     const nlohmann::json result = nlohmann::json::parse(s.output);
-    EXPECT_TRUE(result["good"] && result["files"] == 4 && result["problems"].empty() && result["advice"].size() == 1);
+    EXPECT_TRUE(result["good"] && result["files"] == 4 && result["problems"].empty() &&
+                result["advice"].size() == 1);
 }
 
 TEST(Commands, GiveTheTerminalItsEchoBackHoweverAQuestionEnds) {
     const Studio s;
-    const std::string end = "\necho end $?; read\n", once = "coldanchor-publish keys new keys" + end; // until a line
+    // until a line
+    const std::string end = "\necho end $?; read\n",
+                      once = "coldanchor-publish keys new keys" + end;
     const std::string session = s.folder / "session", programs = builtProgram("");
-    writeFile(session, "cd '" + s.folder.path().string() + "'; PATH='" + programs + "':$PATH; set -m; trap : INT\n" +
-                           once + once + once + "fg" + end);
+    writeFile(session, "cd '" + s.folder.path().string() + "'; PATH='" + programs +
+                           "':$PATH; set -m; trap : INT\n" + once + once + once + "fg" + end);
     int terminal = -1;
     const pid_t shell = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (shell == 0)
+    if (shell == 0) {
         ::_exit(::execlp("bash", "bash", session.c_str(), nullptr));
+    }
     const std::string question = "New passphrase", word = "harbour\n";
     std::string seen;
     const auto await = [&](const std::string& text) {
         pollfd source{terminal, POLLIN, 0};
         char c = 0;
-        for (seen.clear(); !seen.ends_with(text) && ::poll(&source, 1, 20'000) == 1 && ::read(terminal, &c, 1) == 1;)
+        for (seen.clear(); !seen.ends_with(text) && ::poll(&source, 1, 20'000) == 1 &&
+                           ::read(terminal, &c, 1) == 1;) {
             seen += c;
+        }
         termios state{};
         const bool echoes = ::tcgetattr(terminal, &state) == 0 && (state.c_lflag & ECHO) != 0;
-        return seen.ends_with(text) && echoes == text.starts_with("end") && seen.find("harbour") == seen.npos;
+        return seen.ends_with(text) && echoes == text.starts_with("end") &&
+               seen.find("harbour") == seen.npos;
     };
-    const auto type = [&](std::string_view keys) { return ::write(terminal, keys.data(), keys.size()) > 0; };
-    const auto ended = [&](const char* status) { return await(std::string("end ") + status) && type("\n"); };
+    const auto type = [&](std::string_view keys) {
+        return ::write(terminal, keys.data(), keys.size()) > 0;
+    };
+    const auto ended = [&](const char* status) {
+        return await(std::string("end ") + status) && type("\n");
+    };
     ASSERT_TRUE(await(question) && type("\x03") && ended("130")) << seen;
     const pid_t job = await(question) ? ::tcgetpgrp(terminal) : 0;
     ASSERT_TRUE(job > 1 && ::kill(job, SIGTERM) == 0 && ended("143")) << seen;
-    ASSERT_TRUE(await(question) && type(word) && await("Once more") && type("\x1a") && ended("148")) << seen;
-    ASSERT_TRUE(await(question) && type(word) && await("Once more") && type(word) && ended("0")) << seen;
+    ASSERT_TRUE(await(question) && type(word) && await("Once more") && type("\x1a") && ended("148"))
+        << seen;
+    ASSERT_TRUE(await(question) && type(word) && await("Once more") && type(word) && ended("0"))
+        << seen;
     ::close(terminal);
     EXPECT_EQ(::waitpid(shell, nullptr, 0), shell);
 }
@@ -114,24 +134,29 @@ TEST(Documentation, LeadsFromNothingToALiveChannelInTenCommands) {
     int count = 0;
     bool inside = false;
     for (std::string line; std::getline(page, line) && line != "## What players see";) {
-        if (line.starts_with("```"))
+        if (line.starts_with("```")) {
             inside = line == "```sh";
-        else if (inside && ++count <= 10)
+        } else if (inside && ++count <= 10) {
             script += line + "\n";
+        }
     }
     EXPECT_EQ(count, 10);
-    const std::string port = std::to_string(10000 + ::getpid() % 20000); // below those that connections take
+    // below those that connections take
+    const std::string port = std::to_string(10000 + ::getpid() % 20000);
     const TemporaryFolder desk;
     writeFile(desk / "commands", script);
     const std::string path = "PATH=" + builtProgram("").string() + ":" + std::getenv("PATH");
     const ca::demo::ProcessOptions options{
         desk.path(), desk / "output", {path, "COLDANCHOR_PASSPHRASE=cold harbour"}, -1};
-    ca::demo::Process shell({"bash", "-c", "sed -i s/8080/" + port + "/ commands; . ./commands"}, options);
+    ca::demo::Process shell({"bash", "-c", "sed -i s/8080/" + port + "/ commands; . ./commands"},
+                            options);
     EXPECT_EQ(shell.wait(std::chrono::seconds(60)), 0);
     const std::string output = readFile(desk / "output");
     for (const char* part :
          {"released 1.0.0 to stable: ", "released 1.0.1 to stable: ", "serving channel at http://",
           "good: version 1.0.0", "good: version 1.0.1",
-          "\nchanged data/map.dat 6\na player of 1.0.0 downloads 6 bytes in 1 file for 1.0.1; 0 removed"})
+          "\nchanged data/map.dat 6\na player of 1.0.0 downloads 6 bytes in 1 file for 1.0.1; 0 "
+          "removed"}) {
         EXPECT_NE(output.find(part), std::string::npos) << part << "\n" << output;
+    }
 }

@@ -9,13 +9,15 @@ using namespace ca::test;
 namespace {
 
 // What changes the disk, and what stands between two such changes.
-constexpr const char* calls = "trace=open,openat,write,ftruncate,fchmod,mkdir,rmdir,rename,link,linkat,symlink,"
-                              "unlink,unlinkat,lseek,fsync,syncfs,flock,exit_group";
+constexpr const char* calls =
+    "trace=open,openat,write,ftruncate,fchmod,mkdir,rmdir,rename,link,linkat,symlink,"
+    "unlink,unlinkat,lseek,fsync,syncfs,flock,exit_group";
 
 Lines underStrace(const fs::path& output, const std::string& injection) {
     Lines words{"strace", "-f", "-y", "-qq", "-o", output, "-e", "signal=none", "-e", calls};
-    if (!injection.empty())
+    if (!injection.empty()) {
         words.insert(words.end(), {"-e", "inject=" + injection});
+    }
     return words;
 }
 
@@ -34,10 +36,12 @@ struct Published : Studio {
     // Which release players get; fails the test unless it is whole.
     std::string offered() const {
         const ca::publish::CheckResult seen = check();
-        EXPECT_TRUE(seen.findings.empty()) << seen.findings.front().where << " " << seen.findings.front().what;
+        EXPECT_TRUE(seen.findings.empty())
+            << seen.findings.front().where << " " << seen.findings.front().what;
         return seen.manifest.version;
     }
-    // Every operation from the first one below the root on, as a call's name and its how-manieth it is.
+    // Every operation from the first one below the root on, as a call's name and
+    // its how-manieth it is.
     Lines moments() {
         Lines found;
         EXPECT_EQ(run(words(), underStrace(folder / "trace", "")), 0) << output;
@@ -47,10 +51,13 @@ struct Published : Studio {
             line.erase(0, line.find_first_not_of("0123456789 "));
             const std::string call = line.substr(0, line.find('('));
             ++counts[call];
-            const bool isHarmless = (call == "openat" && line.find("O_CREAT") == std::string::npos) ||
-                                    line.find("<pipe:") != std::string::npos; // which a sanitizer writes to
-            if ((!found.empty() || line.find("/channel") != std::string::npos) && !isHarmless)
+            const bool isHarmless =
+                (call == "openat" && line.find("O_CREAT") == std::string::npos) ||
+                // which a sanitizer writes to
+                line.find("<pipe:") != std::string::npos;
+            if ((!found.empty() || line.find("/channel") != std::string::npos) && !isHarmless) {
                 found.push_back(call + ":when=" + std::to_string(counts[call]));
+            }
         }
         return found;
     }
@@ -64,20 +71,27 @@ TEST(Interruption, LeavesAWholeReleaseAtEveryOperation) {
     for (const std::string& moment : moments) {
         SCOPED_TRACE(moment);
         Published p;
-        EXPECT_EQ(p.run(p.words(), underStrace("/dev/null", moment + ":signal=KILL")), 128 + SIGKILL) << p.output;
+        EXPECT_EQ(p.run(p.words(), underStrace("/dev/null", moment + ":signal=KILL")),
+                  128 + SIGKILL)
+            << p.output;
         ++outcomes[p.offered()];
         p.order.version = "1.4.4"; // the next run finds its way, and sweeps up
         EXPECT_EQ(p.release(), "released");
         EXPECT_EQ(p.offered(), "1.4.4");
-        for (const char* folder : {".releases/stable", "stable"})
+        for (const char* folder : {".releases/stable", "stable"}) {
             EXPECT_EQ(std::distance(fs::directory_iterator(p.root / folder), {}), 1);
+        }
 
-        const bool onlySweeps = moment.starts_with("unlink") || moment.starts_with("rmdir"); // which may fail
-        if (onlySweeps || moment.starts_with("exit_group"))
+        // which may fail
+        const bool onlySweeps = moment.starts_with("unlink") || moment.starts_with("rmdir");
+        if (onlySweeps || moment.starts_with("exit_group")) {
             continue;
+        }
         Published full;
-        const int status = full.run(full.words(), underStrace("/dev/null", moment + ":error=ENOSPC"));
-        EXPECT_TRUE(status == 0 || (status == 1 && full.output.find("No space left") != std::string::npos))
+        const int status =
+            full.run(full.words(), underStrace("/dev/null", moment + ":error=ENOSPC"));
+        EXPECT_TRUE(status == 0 ||
+                    (status == 1 && full.output.find("No space left") != std::string::npos))
             << full.output;
         EXPECT_TRUE(full.offered() == "1.4.3" || status == 1);
     }

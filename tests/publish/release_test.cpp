@@ -29,27 +29,32 @@ const fs::path& ca::test::keyFolder() {
 
 TEST(Release, IsWhatLaunchersInstall) {
     Studio studio;
-    const std::map<std::string, std::string> files{{"maps/Nord mole's [big] + & (1) = ~@!$;,^`{}.pak", "odd"},
-                                                   {"caf\u00E9.txt", "composed"},
-                                                   {"cafe\u0301.txt", "decomposed"},
-                                                   {"\u30A2\u30F3\u30AB\u30FC/\U0001F6A2", "far"},
-                                                   {"empty", ""},
-                                                   {"size", "key"},
-                                                   {"..x/...z", "dots"},
-                                                   {"blanks", std::string(700'000, '\0') + "end"},
-                                                   {std::string(240, 'l'), "long"}};
-    for (const auto& [path, bytes] : files)
+    const std::map<std::string, std::string> files{
+        {"maps/Nord mole's [big] + & (1) = ~@!$;,^`{}.pak", "odd"},
+        {"caf\u00E9.txt", "composed"},
+        {"cafe\u0301.txt", "decomposed"},
+        {"\u30A2\u30F3\u30AB\u30FC/\U0001F6A2", "far"},
+        {"empty", ""},
+        {"size", "key"},
+        {"..x/...z", "dots"},
+        {"blanks", std::string(700'000, '\0') + "end"},
+        {std::string(240, 'l'), "long"}};
+    for (const auto& [path, bytes] : files) {
         studio.put(path, bytes);
-    for (int c = 0; c < 0x80; ++c)
+    }
+    for (int c = 0; c < 0x80; ++c) {
         studio.order.notes += static_cast<char>(c);
+    }
     studio.order.notes += "\r\n\\\"\\u00e9 caf\u00E9";
     studio.order.mandatory = true;
     studio.order.threads = 3;
     ASSERT_EQ(studio.release(), "released");
 
-    const ca::demo::Nginx server(studio.folder / "nginx", {studio.root, 0, std::string(publish::channelConfiguration)});
+    const ca::demo::Nginx server(studio.folder / "nginx",
+                                 {studio.root, 0, std::string(publish::channelConfiguration)});
     for (const publish::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
-        EXPECT_TRUE(seen.findings.empty()) << seen.findings.front().where << seen.findings.front().what;
+        EXPECT_TRUE(seen.findings.empty())
+            << seen.findings.front().where << seen.findings.front().what;
         EXPECT_EQ(seen.manifest.files.size(), files.size() + 4);
     }
     const fs::path game = studio.folder / "installation";
@@ -62,8 +67,9 @@ TEST(Release, IsWhatLaunchersInstall) {
     ASSERT_TRUE(updater.check("stable", plan, error)) << error;
     EXPECT_TRUE(plan.manifest.release_notes == studio.order.notes && plan.manifest.mandatory);
     ASSERT_TRUE(updater.apply(plan, {}, error, &launcher)) << error;
-    for (const auto& [path, bytes] : files)
+    for (const auto& [path, bytes] : files) {
         EXPECT_TRUE(readFile(game / path) == bytes) << path;
+    }
     EXPECT_EQ(readFile(launcher), "launcher");
     struct stat status {};
     EXPECT_EQ(::stat((studio.live / "files/blanks").c_str(), &status), 0);
@@ -75,21 +81,26 @@ TEST(Release, IsTheSameForTheSameTreeAndForEverybodyToRead) {
     ASSERT_EQ(studio.release(), "released");
     const mode_t mask = ::umask(077);
     const fs::path deep = studio.folder / "deep";
-    for (const unsigned threads : {1U, 8U})
+    for (const unsigned threads : {1U, 8U}) {
         for (const bool linked : {false, true}) {
             studio.order.root = deep / (std::to_string(threads) + (linked ? "linked/" : "/"));
             studio.order.threads = threads;
             studio.order.linked = linked;
             EXPECT_EQ(studio.release(), "released");
             const fs::path live = studio.order.root / "stable/windows";
-            for (const char* text : {"manifest.json", "manifest.sig"})
+            for (const char* text : {"manifest.json", "manifest.sig"}) {
                 EXPECT_EQ(readFile(live / text), readFile(studio.live / text));
-            EXPECT_EQ(fs::equivalent(live / "files/data/first.dat", studio.tree / "data/first.dat"), linked);
+            }
+            EXPECT_EQ(fs::equivalent(live / "files/data/first.dat", studio.tree / "data/first.dat"),
+                      linked);
         }
+    }
     ::umask(mask);
     EXPECT_EQ(fs::status(deep).permissions(), fs::perms(0755));
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(deep))
-        EXPECT_EQ(entry.status().permissions(), fs::perms(entry.is_directory() ? 0755 : 0644)) << entry;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(deep)) {
+        EXPECT_EQ(entry.status().permissions(), fs::perms(entry.is_directory() ? 0755 : 0644))
+            << entry;
+    }
 }
 
 TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
@@ -103,7 +114,8 @@ TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
         ASSERT_EQ(studio.release(), "released");
         const bool first = before.empty();
         EXPECT_EQ(studio.result.shared, first ? 0U : 4U);
-        EXPECT_TRUE(first || fs::equivalent(before / "files/data/first.dat", studio.live / "files/data/first.dat"));
+        EXPECT_TRUE(first || fs::equivalent(before / "files/data/first.dat",
+                                            studio.live / "files/data/first.dat"));
         EXPECT_EQ(readFile(studio.live / "files/data/version.dat"), version);
         EXPECT_TRUE(first || readFile(before / "files/data/version.dat") != version);
         EXPECT_TRUE(studio.check().good());
@@ -114,7 +126,8 @@ TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
     fs::remove(studio.tree / "data/version.dat");
     studio.put("Data/Version.dat/x", "below a file that players have");
     studio.order.version = "1.6";
-    EXPECT_NE(studio.release().find("x needs a folder where players of 1.5 have a file"), std::string::npos);
+    EXPECT_NE(studio.release().find("x needs a folder where players of 1.5 have a file"),
+              std::string::npos);
 }
 
 TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
@@ -128,15 +141,18 @@ TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
     studio.order.minimumOnlineVersion = "1.6";
     studio.order.notes = "\xFF";
     studio.order.channel = "../x";
-    for (const char* path : {"Data/FIRST.dat", "a", "A/b", "save/x", "b?"})
+    for (const char* path : {"Data/FIRST.dat", "a", "A/b", "save/x", "b?"}) {
         studio.put(path, "x");
+    }
     fs::create_symlink("a", studio.tree / "link");
     ASSERT_EQ(::mkfifo((studio.tree / "pipe").c_str(), 0600), 0);
     const std::string text = studio.release();
-    for (const char* part : {"--minimum-online-version 1.6 is newer", "aren't UTF-8", "\"../x\" has no usable name",
-                             "are one file on Windows", "A/b needs a folder where a is a file", "save/x lies",
-                             "b? has '?'", "link is a link", "pipe is neither"})
+    for (const char* part :
+         {"--minimum-online-version 1.6 is newer", "aren't UTF-8", "\"../x\" has no usable name",
+          "are one file on Windows", "A/b needs a folder where a is a file", "save/x lies",
+          "b? has '?'", "link is a link", "pipe is neither"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+    }
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 8) << text;
     studio.order.channel = "stable";
     EXPECT_EQ(fs::canonical(studio.live), live);
@@ -151,9 +167,10 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     studio.put("data/update_server.txt", "https://a/");
     studio.order.notes = "caf\u00E9";
     ASSERT_EQ(studio.release(), "released");
-    for (const char* part : {"empty is an empty folder", "fewer than 80", "beyond ASCII", "/y has a path of 2",
-                             "update_server.txt sends launchers"})
+    for (const char* part : {"empty is an empty folder", "fewer than 80", "beyond ASCII",
+                             "/y has a path of 2", "update_server.txt sends launchers"}) {
         EXPECT_NE(studio.warnings.find(part), std::string::npos) << part;
+    }
     EXPECT_EQ(std::count(studio.warnings.begin(), studio.warnings.end(), '\n'), 5);
 
     const TemporaryFolder other;
@@ -200,7 +217,8 @@ TEST(Release, SharesNoFileWithTheTreeUnlessAskedTo) {
     studio.order.version = "1.5";
     ASSERT_EQ(studio.release(), "released");
     EXPECT_NE(fs::last_write_time(studio.live / "files/data/first.dat"), time);
-    EXPECT_TRUE(fs::equivalent(studio.live / "files/ColdAnchor.exe", studio.tree / "ColdAnchor.exe"));
+    EXPECT_TRUE(
+        fs::equivalent(studio.live / "files/ColdAnchor.exe", studio.tree / "ColdAnchor.exe"));
     studio.order.linked = false;
     studio.order.version = "1.6";
     ASSERT_EQ(studio.release(), "released");

@@ -30,14 +30,19 @@ struct Studio {
         put("data/first.dat", "first");
     }
 
-    void put(const std::string& path, const std::string& bytes) const { writeFile(tree / path, bytes); }
+    void put(const std::string& path, const std::string& bytes) const {
+        writeFile(tree / path, bytes);
+    }
 
     // "released", or why not; the warnings stay in `warnings`, a line each.
     std::string release() {
         warnings.clear();
-        const auto none = [](const fs::path&) -> std::string { throw publish::Failure("asked for a passphrase"); };
+        const auto none = [](const fs::path&) -> std::string {
+            throw publish::Failure("asked for a passphrase");
+        };
         try {
-            result = publish::makeRelease(order, none, [this](const std::string& text) { warnings += text + "\n"; });
+            result = publish::makeRelease(
+                order, none, [this](const std::string& text) { warnings += text + "\n"; });
             return "released";
         } catch (const publish::Failure& failure) {
             return failure.what();
@@ -45,8 +50,8 @@ struct Studio {
     }
 
     publish::CheckResult check(const std::string& address = {}) const {
-        return publish::checkChannel(
-            {address.empty() ? root.string() : address, order.channel, keyFolder() / publish::publicKeyName, 2});
+        return publish::checkChannel({address.empty() ? root.string() : address, order.channel,
+                                      keyFolder() / publish::publicKeyName, 2});
     }
 
     // Ends with the program; gives its exit status, and what it printed in `output`.
@@ -56,7 +61,8 @@ struct Studio {
         fs::remove(folder / "output");
         const Lines environment{"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
         const demo::ProcessOptions options{folder.path(), folder / "output", environment, -1};
-        const int status = demo::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
+        const int status =
+            demo::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
         output = readFile(folder / "output");
         return status;
     }

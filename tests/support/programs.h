@@ -1,4 +1,5 @@
-// The programs under test: those of this build, or of the Windows build, which run here through a runner.
+// The programs under test: those of this build, or of the Windows build, which run
+// here through a runner.
 #pragma once
 
 #include <algorithm>
@@ -19,8 +20,9 @@ template <typename Condition>
 bool eventually(Condition condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
+        if (std::chrono::steady_clock::now() > deadline) {
             return false;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;
@@ -28,7 +30,8 @@ bool eventually(Condition condition) {
 
 // Has the shell change what lies in `folder`; each command has to succeed.
 inline void change(const std::filesystem::path& folder, const std::string& commands) {
-    EXPECT_EQ(std::system(("set -e; cd '" + folder.string() + "'; " + commands).c_str()), 0) << commands;
+    EXPECT_EQ(std::system(("set -e; cd '" + folder.string() + "'; " + commands).c_str()), 0)
+        << commands;
 }
 
 inline std::string setting(const char* name, const char* standard = "") {
@@ -45,7 +48,8 @@ inline std::filesystem::path builtProgram(const std::string& name) {
     return testedBuild() / "bin" / name;
 }
 
-// What stands before a program's path to run it: the words of PROGRAM_TEST_RUNNER; nothing for the host's programs.
+// What stands before a program's path to run it: the words of PROGRAM_TEST_RUNNER; nothing
+// for the host's programs.
 inline const std::vector<std::string>& programRunner() {
     static const std::vector<std::string> runner = [] {
         std::istringstream words(setting("PROGRAM_TEST_RUNNER"));
@@ -66,8 +70,9 @@ inline std::vector<std::string> commandOf(const std::filesystem::path& program,
 // A path as the programs under test name it: behind a runner the host's files are drive Z.
 inline std::string shownPath(const std::filesystem::path& path) {
     std::string text = path.string();
-    if (programRunner().empty())
+    if (programRunner().empty()) {
         return text;
+    }
     std::replace(text.begin(), text.end(), '/', '\\');
     return "Z:" + text;
 }

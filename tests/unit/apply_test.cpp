@@ -39,8 +39,9 @@ protected:
         const auto report = [this](std::uint64_t done, std::uint64_t total) {
             reports.push_back(done);
             EXPECT_EQ(total, plan.totalBytes);
-            if (onProgress)
+            if (onProgress) {
                 onProgress();
+            }
         };
         return updater.apply(plan, report, error, staged) ? "installed" : error;
     }
@@ -48,16 +49,21 @@ protected:
     // The only folder of this attempt whose name begins so; empty when there is none.
     fs::path workFolder(const std::string& prefix) const {
         std::error_code none;
-        for (const fs::directory_entry& entry : fs::directory_iterator(install / ".coldanchor-update", none))
-            if (entry.path().filename().string().starts_with(prefix))
+        for (const fs::directory_entry& entry :
+             fs::directory_iterator(install / ".coldanchor-update", none)) {
+            if (entry.path().filename().string().starts_with(prefix)) {
                 return entry.path();
+            }
+        }
         return {};
     }
 
     // The installation without the work folder.
     Contents installed() const {
         Contents contents = contentsOf(install.path());
-        std::erase_if(contents, [](const auto& entry) { return entry.first.starts_with(".coldanchor-update"); });
+        std::erase_if(contents, [](const auto& entry) {
+            return entry.first.starts_with(".coldanchor-update");
+        });
         return contents;
     }
 
@@ -87,14 +93,18 @@ TEST_F(Apply, MovesNewFilesInAndOldOnesAside) {
     fs::path staged = "left over";
     EXPECT_EQ(apply(&staged), "installed");
     EXPECT_TRUE(staged.empty());
-    Contents expected{{"data/", ""}, {"data/game_version", "2\n"}, {"sub folder/", ""}, {"sub folder/ünï/", ""}};
-    for (const PlanFile& planned : plan.files)
-        expected[relativePath(planned.file.path).generic_string()] = readFile(files / planned.file.path);
+    Contents expected{
+        {"data/", ""}, {"data/game_version", "2\n"}, {"sub folder/", ""}, {"sub folder/ünï/", ""}};
+    for (const PlanFile& planned : plan.files) {
+        expected[relativePath(planned.file.path).generic_string()] =
+            readFile(files / planned.file.path);
+    }
     EXPECT_EQ(installed(), expected);
     EXPECT_EQ(contentsOf(workFolder("backup-")),
               (Contents{{"x", "old x"}, {"folder/", ""}, {"folder/inside", "kept"}}));
     EXPECT_TRUE(workFolder("stage-").empty());
-    EXPECT_EQ(reports, (std::vector<std::uint64_t>{5, 5, 10, 10, 37, 17, 17})); // in flight uncapped, finished capped
+    // in flight uncapped, finished capped
+    EXPECT_EQ(reports, (std::vector<std::uint64_t>{5, 5, 10, 10, 37, 17, 17}));
 }
 
 TEST_F(Apply, HasNothingToDoOrMayNot) {
@@ -115,8 +125,9 @@ TEST_F(Apply, RollsBackFilesAndFolders) {
     writeFile(install / "new/kept", ""); // so that no folder of the plan is new
     add("last", "last");
     onProgress = [this] {
-        if (fs::exists(workFolder("stage-") / "last"))
+        if (fs::exists(workFolder("stage-") / "last")) {
             fs::remove(workFolder("stage-") / "new/y");
+        }
     };
     expectFailure("update_install_failed:new/y", true);
     fs::remove_all(install / ".coldanchor-update");
@@ -129,19 +140,22 @@ TEST_F(Apply, HoldsTheLauncherBack) {
     add("ColdAnchorLauncher.exe", "second");
     fs::path staged;
     EXPECT_EQ(apply(&staged), "installed");
-    EXPECT_EQ(staged, workFolder("stage-") / "ColdAnchorLauncher.exe"); // the last one in the plan's order
+    // the last one in the plan's order
+    EXPECT_EQ(staged, workFolder("stage-") / "ColdAnchorLauncher.exe");
     EXPECT_EQ(readFile(staged), "second");
     EXPECT_EQ(readFile(install / "data/game_version"), "2\n");
     EXPECT_FALSE(fs::exists(install / "ColdAnchorLauncher.exe"));
     fs::remove_all(install / ".coldanchor-update");
-    EXPECT_EQ(apply(nullptr), "installed"); // nobody asked for it: skipped, and gone with the stage folder
+    // nobody asked for it: skipped, and gone with the stage folder
+    EXPECT_EQ(apply(nullptr), "installed");
     EXPECT_TRUE(workFolder("stage-").empty());
 }
 
 TEST_F(Apply, TellsThatABodyCannotBeStored) {
     add("x", "new x");
     std::string error;
-    EXPECT_FALSE(ca::net::downloadToFile(server.url() + "/stable/windows/files/x", "/dev/full", {}, error));
+    EXPECT_FALSE(
+        ca::net::downloadToFile(server.url() + "/stable/windows/files/x", "/dev/full", {}, error));
     EXPECT_EQ(error, "download_write_failed");
 }
 

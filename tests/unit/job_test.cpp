@@ -15,7 +15,7 @@ TEST(Job, RunsAloneAndSharesItsRecordBetweenThreads) {
     EXPECT_EQ(snapshotShared(shared).jobState, JobState::Starting);
     shared.state.busy = false;
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&, i] {
             for (int round = 0; round < 50; ++round) {
                 beginUpdateJob(shared, folder.path(), "stable", i % 2 == 0, false);
@@ -25,8 +25,10 @@ TEST(Job, RunsAloneAndSharesItsRecordBetweenThreads) {
                 EXPECT_EQ(snapshot.busy, snapshot.detailText.empty());
             }
         });
-    for (std::thread& thread : threads)
+    }
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     EXPECT_TRUE(ca::test::eventually([&] { return !snapshotShared(shared).busy; }));
     EXPECT_EQ(snapshotShared(shared).jobState, JobState::ServiceUnavailable);
 }

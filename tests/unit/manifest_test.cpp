@@ -48,8 +48,10 @@ TEST(Manifest, ReadsEveryField) {
     std::string error;
     ASSERT_TRUE(parseManifest(text, manifest, error)) << error;
     EXPECT_TRUE(manifest.format == 1 && manifest.protocol_version == 7 && !manifest.mandatory);
-    EXPECT_EQ(manifest.product + " " + manifest.channel + " " + manifest.platform, "cold-anchor stable windows");
-    EXPECT_EQ(manifest.version, "1.4.2"); // not the one of "protocol_version" or "minimum_online_version"
+    EXPECT_EQ(manifest.product + " " + manifest.channel + " " + manifest.platform,
+              "cold-anchor stable windows");
+    // not the one of "protocol_version" or "minimum_online_version"
+    EXPECT_EQ(manifest.version, "1.4.2");
     EXPECT_EQ(manifest.minimum_online_version, "1.3.0");
     EXPECT_EQ(manifest.release_notes, "Cold Anchor v1.4.2\nADDED\n- A \"new\" harbour\\quay");
     ASSERT_EQ(manifest.files.size(), 2u);
@@ -65,40 +67,50 @@ TEST(Manifest, EveryRefusalHasItsToken) {
     const std::pair<std::string, const char*> rows[] = {
         {good, "1"},
         {replaced(good, "{", R"({"format":2,)"), "manifest_header_invalid"},
-        {replaced(good, "{", R"({"format":"2",)"), "1"},        // in quotes it is no number, and the default passes
+        // in quotes it is no number, and the default passes
+        {replaced(good, "{", R"({"format":"2",)"), "1"},
         {replaced(good, "{", R"({"format":4294967297,)"), "1"}, // the low 32 bits
         {replaced(good, "cold-anchor", "cold-anchors"), "manifest_header_invalid"},
         {replaced(good, "cold-anchor", "Cold-anchor"), "manifest_header_invalid"},
         {replaced(good, "windows", ""), "manifest_header_invalid"},
         {replaced(good, R"("version":"1")", R"("version":1)"), "manifest_header_invalid"},
-        {replaced(good, R"("version":"1")", R"("version":"1","version":"")"), "1"}, // the first one counts
+        // the first one counts
+        {replaced(good, R"("version":"1")", R"("version":"1","version":"")"), "1"},
         {"", "manifest_header_invalid"},
-        {"[" + entry("a") + R"(],"product":"cold-anchor","platform":"windows","version":"1","files":[)" + entry("b"),
+        {"[" + entry("a") +
+             R"(],"product":"cold-anchor","platform":"windows","version":"1","files":[)" +
+             entry("b"),
          "1"},
         {minimal("[]"), "manifest_has_no_files"},
         {minimal("["), "manifest_has_no_files"},
         {replaced(good, "files", "file"), "manifest_has_no_files"},
         {minimal("[" + entry("a").substr(0, 20)), "manifest_has_no_files"}, // never closed
-        {minimal("[" + entry("a")), "1"},                                   // the array never closed
+        {minimal("[" + entry("a")), "1"}, // the array never closed
         {minimal("[{}]"), "manifest_file_invalid"},
         {minimal("[" + entry("a") + "," + entry("../b") + "]"), "manifest_file_invalid"},
         {replaced(good, digest, digest.substr(1)), "manifest_file_invalid"},
         {replaced(good, digest, digest + "a"), "manifest_file_invalid"},
         {replaced(good, digest, std::string(64, '?')), "1"},
-        {minimal("[" + entry("a") + " junk [ , " + entry("b", R"(,"n":{"x":{}})") + "] " + entry("c")), "2"},
-        {minimal("[" + entry("a}]{[") + entry("b\\\"}") + "]"), "2"}, // braces and escaped quotes inside strings
-        {minimal("[}" + entry("a") + "]"), "manifest_has_no_files"},  // below depth 0 nothing counts any more
+        {minimal("[" + entry("a") + " junk [ , " + entry("b", R"(,"n":{"x":{}})") + "] " +
+                 entry("c")),
+         "2"},
+        // braces and escaped quotes inside strings
+        {minimal("[" + entry("a}]{[") + entry("b\\\"}") + "]"), "2"},
+        // below depth 0 nothing counts any more
+        {minimal("[}" + entry("a") + "]"), "manifest_has_no_files"},
         {minimal("[" + entry("a") + entry("a") + "]"), "2"},
     };
-    for (const auto& [text, expected] : rows)
+    for (const auto& [text, expected] : rows) {
         EXPECT_EQ(outcome(text), expected) << text;
+    }
 }
 
 TEST(Manifest, EveryCutIsReadOrRefused) {
     const std::string text = ca::test::readFile(TEST_MANIFEST);
     for (std::size_t length = 0; length < text.size(); ++length) {
         const std::string result = outcome(text.substr(0, length));
-        EXPECT_TRUE(result == "1" || result == "2" || result.starts_with("manifest_")) << length << ": " << result;
+        EXPECT_TRUE(result == "1" || result == "2" || result.starts_with("manifest_"))
+            << length << ": " << result;
     }
 }
 
@@ -112,18 +124,27 @@ TEST(ManifestFields, ReadWhatFollowsTheFirstColon) {
         {"\"ends in a backslash\\", "ends in a backslash"},
         {"7", ""},
         {"", ""}};
-    for (const auto& [value, expected] : texts)
+    for (const auto& [value, expected] : texts) {
         EXPECT_EQ(text(value), expected);
+    }
     EXPECT_EQ(extractManifestString(R"(["k"])", "k"), "");
-    EXPECT_EQ(extractManifestString(R"({"a":"k","k":"x"})", "k"), "x"); // a value that equals the key counts as the key
+    // a value that equals the key counts as the key
+    EXPECT_EQ(extractManifestString(R"({"a":"k","k":"x"})", "k"), "x");
 
-    const auto number = [](const char* value) { return extractManifestInt(std::string(R"("k":)") + value, "k", 42); };
-    EXPECT_TRUE(number("-12abc") == -12 && number("1.5") == 1 && number("18446744073709551617") == 1);
-    for (const char* none : {"", "-", "+1", "\"1\"", " ", "--1", "x"})
+    const auto number = [](const char* value) {
+        return extractManifestInt(std::string(R"("k":)") + value, "k", 42);
+    };
+    EXPECT_TRUE(number("-12abc") == -12 && number("1.5") == 1 &&
+                number("18446744073709551617") == 1);
+    for (const char* none : {"", "-", "+1", "\"1\"", " ", "--1", "x"}) {
         EXPECT_EQ(number(none), 42) << none;
+    }
 
-    const auto truth = [](const char* value) { return extractManifestBool(std::string(R"("k":)") + value, "k"); };
+    const auto truth = [](const char* value) {
+        return extractManifestBool(std::string(R"("k":)") + value, "k");
+    };
     EXPECT_TRUE(truth(" true") && truth("truest"));
-    for (const char* no : {"false", "1", "True", "\"true\"", "tru", ""})
+    for (const char* no : {"false", "1", "True", "\"true\"", "tru", ""}) {
         EXPECT_FALSE(truth(no)) << no;
+    }
 }

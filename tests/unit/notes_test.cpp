@@ -22,22 +22,27 @@ TEST(Notes, AreWrappedByWords) {
         {"a " + longWord + " b", 74, 9, {"a", longWord, "b"}},
         {"1\n2\n3\n4", 10, 3, {"1", "2", "3"}},
         {"aa bb cc dd ee", 2, 3, {"aa", "bb", "cc"}}};
-    for (const auto& [text, width, maxLines, rows] : table)
+    for (const auto& [text, width, maxLines, rows] : table) {
         EXPECT_EQ(wrapText(text, width, maxLines), rows) << text;
+    }
 }
 
 TEST(Notes, HeadingsAreWholeRows) {
-    for (const char* heading : {"LAUNCHER", "WEBSITE", "PACKAGING", "ADDED", "IMPROVED", "FIXED", "Cold Anchor v",
-                                "Cold Anchor v1.4.2 and more"})
+    for (const char* heading : {"LAUNCHER", "WEBSITE", "PACKAGING", "ADDED", "IMPROVED", "FIXED",
+                                "Cold Anchor v", "Cold Anchor v1.4.2 and more"}) {
         EXPECT_TRUE(isNotesHeading(heading)) << heading;
-    for (const char* text : {"", "added", "ADDED:", "FIXED ", "Cold Anchor 1.4", "Cold Anchor", "cold anchor v1"})
+    }
+    for (const char* text :
+         {"", "added", "ADDED:", "FIXED ", "Cold Anchor 1.4", "Cold Anchor", "cold anchor v1"}) {
         EXPECT_FALSE(isNotesHeading(text)) << text;
+    }
 }
 
 TEST(Notes, ComeFromTheFirstFileThatSaysSomething) {
     const TemporaryFolder folder;
-    EXPECT_EQ(loadLocalPatchNotes(folder.path()),
-              "Cold Anchor 0.16.117\n- Current build ready.\n- No local patch notes file was found.");
+    EXPECT_EQ(
+        loadLocalPatchNotes(folder.path()),
+        "Cold Anchor 0.16.117\n- Current build ready.\n- No local patch notes file was found.");
     writeFile(folder / "data/game_version", "\xff\xfe\x31\0.\0"s); // saved in another encoding
     EXPECT_TRUE(loadLocalPatchNotes(folder.path()).starts_with("Cold Anchor \xff"));
     std::filesystem::remove(folder / "data/game_version");

@@ -8,16 +8,18 @@ using namespace ca::install;
 namespace fs = std::filesystem;
 
 TEST(Paths, TakeTheFormWithoutALimitWhereTheyAreLong) {
-    if (!std::is_same_v<fs::path::value_type, wchar_t>)
+    if (!std::is_same_v<fs::path::value_type, wchar_t>) {
         GTEST_SKIP() << "the limit is Windows'";
+    }
     const std::wstring longest(234, L'd'), tooLong(235, L'd');
     using Row = std::pair<std::wstring, std::wstring>;
     for (const auto& [path, expected] :
          {Row(L"C:/a/b", L"C:/a/b"), Row(L"C:/" + longest + L"/x", L"C:/" + longest + L"/x"),
           Row(L"C:/" + tooLong + L"/x", L"\\\\?\\C:\\" + tooLong + L"\\x"),
           Row(L"\\\\?\\C:\\" + tooLong, L"\\\\?\\C:\\" + tooLong),
-          Row(L"//server/share/" + tooLong, L"\\\\server\\share\\" + tooLong)})
+          Row(L"//server/share/" + tooLong, L"\\\\server\\share\\" + tooLong)}) {
         EXPECT_EQ(systemPath(pathFromWide(path)), expected);
+    }
 }
 
 TEST(Paths, TellWhatStandsThere) {
@@ -35,8 +37,9 @@ TEST(Paths, TellWhatStandsThere) {
     using Row = std::tuple<const char*, bool, bool>;
     for (const auto& [name, exists, file] :
          {Row("file", true, true), Row("folder", true, false), Row("none", false, false),
-          Row("none/below", false, false), Row("file/below", false, false), Row("link", !failed, !failed),
-          Row("folder link", !failed, false), Row("broken link", false, false)}) {
+          Row("none/below", false, false), Row("file/below", false, false),
+          Row("link", !failed, !failed), Row("folder link", !failed, false),
+          Row("broken link", false, false)}) {
         EXPECT_EQ(pathExists(folder / deep / name), exists) << name;
         EXPECT_EQ(isFile(folder / deep / name), file) << name;
     }

@@ -1,4 +1,5 @@
-// Test vectors that others published, in a folder beside the checkout; without it their tests are skipped.
+// Test vectors that others published, in a folder beside the checkout; without it
+// their tests are skipped.
 #pragma once
 
 #include "temporary_folder.h"
@@ -16,23 +17,28 @@ inline std::vector<std::map<std::string, std::string>> publishedRows(const std::
     std::ifstream table = published(name);
     for (std::string line; std::getline(table, line);) {
         std::istringstream cells(line);
-        if (columns.empty())
-            for (std::string column; std::getline(cells, column, '\t');)
+        if (columns.empty()) {
+            for (std::string column; std::getline(cells, column, '\t');) {
                 columns.push_back(column);
-        else
-            for (auto& row = rows.emplace_back(); const std::string& column : columns)
+            }
+        } else {
+            for (auto& row = rows.emplace_back(); const std::string& column : columns) {
                 std::getline(cells, row[column], '\t');
+            }
+        }
     }
     return rows;
 }
 
 inline std::string bytesFromHex(std::string hex) {
-    if (hex == "-") // how the tables write an empty text
+    if (hex == "-") { // how the tables write an empty text
         return {};
+    }
     hex.insert(0, hex.size() % 2, '0'); // and their numbers come without leading zeros
     std::string bytes;
-    for (std::size_t at = 0; at + 1 < hex.size(); at += 2)
+    for (std::size_t at = 0; at + 1 < hex.size(); at += 2) {
         bytes += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
+    }
     return bytes;
 }
 

@@ -15,7 +15,8 @@ namespace ca::test {
 
 class TemporaryFolder {
 public:
-    explicit TemporaryFolder(const std::filesystem::path& base = std::filesystem::temp_directory_path())
+    explicit TemporaryFolder(
+        const std::filesystem::path& base = std::filesystem::temp_directory_path())
         : path_(base / ("cold anchor ä " + std::to_string(std::random_device()()))) {
         std::filesystem::create_directories(path_);
     }
@@ -27,13 +28,16 @@ public:
     }
 
     const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
+    std::filesystem::path operator/(const std::filesystem::path& name) const {
+        return path_ / name;
+    }
 
 private:
     std::filesystem::path path_;
 };
 
-inline std::filesystem::path writeFile(const std::filesystem::path& path, const std::string& bytes) {
+inline std::filesystem::path writeFile(const std::filesystem::path& path,
+                                       const std::string& bytes) {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
@@ -47,17 +51,20 @@ inline std::string readFile(const std::filesystem::path& path) {
 using Contents = std::map<std::string, std::string>;
 using Paths = std::vector<std::string>;
 
-// Every path below `folder`: a file's with its bytes, a link's with where it leads, a folder's with a slash behind it.
+// Every path below `folder`: a file's with its bytes, a link's with where it leads, a folder's
+// with a slash behind it.
 inline Contents contentsOf(const std::filesystem::path& folder) {
     Contents contents;
-    for (const std::filesystem::directory_entry& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    for (const std::filesystem::directory_entry& entry :
+         std::filesystem::recursive_directory_iterator(folder)) {
         const std::string name = entry.path().lexically_relative(folder).generic_string();
-        if (entry.is_symlink())
+        if (entry.is_symlink()) {
             contents[name] = std::filesystem::read_symlink(entry.path()).generic_string();
-        else if (entry.is_directory())
+        } else if (entry.is_directory()) {
             contents[name + "/"] = {};
-        else
+        } else {
             contents[name] = readFile(entry.path());
+        }
     }
     return contents;
 }
@@ -65,10 +72,12 @@ inline Contents contentsOf(const std::filesystem::path& folder) {
 // The paths that only one of them has, or that both have with different bytes.
 inline Paths differing(const Contents& a, const Contents& b) {
     Contents entries;
-    std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(), std::inserter(entries, entries.end()));
+    std::set_symmetric_difference(a.begin(), a.end(), b.begin(), b.end(),
+                                  std::inserter(entries, entries.end()));
     Paths paths;
-    for (const auto& [path, bytes] : entries)
+    for (const auto& [path, bytes] : entries) {
         paths.push_back(path);
+    }
     return paths;
 }
 

@@ -32,7 +32,8 @@ TEST(TextFile, IsReplacedWholeOrNotAtAll) {
     EXPECT_FALSE(writeTextFile(file / "x", "x"));     // its parent is a file
     EXPECT_EQ(readTextFile(folder.path()), "");       // a folder reads as nothing
     EXPECT_EQ(readTextFile(file), "b\0\n"s);
-    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(folder.path()), {}), 2); // no leftovers
+    // no leftovers
+    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(folder.path()), {}), 2);
 }
 
 // The screen reads the marker on every frame, whatever the job is about.
@@ -43,11 +44,13 @@ TEST(VersionMarker, HasABuiltInValueAndIsReplacedWhileItIsRead) {
     ASSERT_TRUE(writeInstalledVersion(folder.path(), "1"));
     std::atomic<bool> done = false;
     std::thread reader([&] {
-        while (!done)
+        while (!done) {
             EXPECT_EQ(readInstalledVersion(folder.path()).size(), 1U);
+        }
     });
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0; i < 50; ++i) {
         EXPECT_TRUE(writeInstalledVersion(folder.path(), std::to_string(i % 10)));
+    }
     done = true;
     reader.join();
 }
@@ -55,10 +58,11 @@ TEST(VersionMarker, HasABuiltInValueAndIsReplacedWhileItIsRead) {
 TEST(Url, IsJoinedWithOneSlash) {
     using Row = std::tuple<const char*, const char*, const char*>;
     for (const auto& [base, relative, joined] :
-         {Row("http://h", "a", "http://h/a"), Row("http://h/", "a", "http://h/a"), Row("http://h", "/a", "http://h/a"),
-          Row("http://h/", "/a", "http://h/a"), Row("http://h//", "//a", "http://h///a"),
-          Row("http://h", "https://x/y", "https://x/y"), Row("http://h", "http://x", "http://x"),
-          Row("http://h", "HTTP://x", "http://h/HTTP://x"), Row("", "a", "a"), Row("http://h", "", "http://h"),
-          Row("", "", "")})
+         {Row("http://h", "a", "http://h/a"), Row("http://h/", "a", "http://h/a"),
+          Row("http://h", "/a", "http://h/a"), Row("http://h/", "/a", "http://h/a"),
+          Row("http://h//", "//a", "http://h///a"), Row("http://h", "https://x/y", "https://x/y"),
+          Row("http://h", "http://x", "http://x"), Row("http://h", "HTTP://x", "http://h/HTTP://x"),
+          Row("", "a", "a"), Row("http://h", "", "http://h"), Row("", "", "")}) {
         EXPECT_EQ(ca::net::joinUrl(base, relative), joined);
+    }
 }

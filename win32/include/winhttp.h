@@ -1,16 +1,19 @@
-// The part of WinHTTP, in synchronous mode, that the launcher calls, for hosts that are not Windows. libcurl carries
-// it.
+// The part of WinHTTP, in synchronous mode, that the launcher calls, for hosts that are not
+// Windows. libcurl carries it.
 //
-// One request handle is one GET: it opens its own connection, and memory is bounded by one buffer, however long the
-// body. Session, connection and request handles may be closed in any order; a request keeps what it needs. One handle
-// belongs to one thread at a time; different handles may be used at once. Every call that talks to the network blocks
-// until it is done or a time-out has run out.
+// One request handle is one GET: it opens its own connection, and memory is bounded by one
+// buffer, however long the body. Session, connection and request handles may be closed in any
+// order; a request keeps what it needs. One handle belongs to one thread at a time; different
+// handles may be used at once. Every call that talks to the network blocks until it is done or
+// a time-out has run out.
 //
-// Only http and https are spoken, HTTP/1.1, also behind a redirect. Certificates and host names are always checked,
-// against the host's authorities (OpenSSL's default places, so SSL_CERT_FILE and SSL_CERT_DIR count).
+// Only http and https are spoken, HTTP/1.1, also behind a redirect. Certificates and host names
+// are always checked, against the host's authorities (OpenSSL's default places, so SSL_CERT_FILE
+// and SSL_CERT_DIR count).
 //
 // Where the layer differs from Windows on purpose:
-//  - WINHTTP_ACCESS_TYPE_DEFAULT_PROXY takes the proxy from the usual environment variables (http_proxy, https_proxy,
+//  - WINHTTP_ACCESS_TYPE_DEFAULT_PROXY takes the proxy from the usual environment variables
+//  (http_proxy, https_proxy,
 //    all_proxy, no_proxy).
 //  - The TLS handshake counts towards the connect time-out.
 //  - Sizes of texts are in bytes of the host's wchar_t.
@@ -72,8 +75,8 @@ inline constexpr DWORD ERROR_WINHTTP_REDIRECT_FAILED = 12156;
 inline constexpr DWORD ERROR_WINHTTP_SECURE_FAILURE = 12175;
 inline constexpr DWORD ERROR_WINHTTP_HEADER_SIZE_OVERFLOW = 12182;
 
-// A URL taken apart by WinHttpCrackUrl. A part is asked for by a pointer of null and a length other than 0, and then
-// points into the URL; its length counts characters.
+// A URL taken apart by WinHttpCrackUrl. A part is asked for by a pointer of null and a length other
+// than 0, and then points into the URL; its length counts characters.
 struct URL_COMPONENTS {
     DWORD dwStructSize;
     LPWSTR lpszScheme;
@@ -93,54 +96,64 @@ struct URL_COMPONENTS {
 };
 using LPURL_COMPONENTS = URL_COMPONENTS*;
 
-// Takes a URL apart without decoding anything. `length` 0 means zero-terminated, `flags` must be 0. Only http and https
-// (ERROR_WINHTTP_UNRECOGNIZED_SCHEME); what isn't a URL is ERROR_WINHTTP_INVALID_URL. Nothing goes over the network.
+// Takes a URL apart without decoding anything. `length` 0 means zero-terminated, `flags` must be 0.
+// Only http and https (ERROR_WINHTTP_UNRECOGNIZED_SCHEME); what isn't a URL is
+// ERROR_WINHTTP_INVALID_URL. Nothing goes over the network.
 BOOL WinHttpCrackUrl(LPCWSTR url, DWORD length, DWORD flags, LPURL_COMPONENTS parts);
 
-// A session: user agent and settings for the requests made of it. Proxy names must be null and `flags` 0.
-HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass, DWORD flags);
+// A session: user agent and settings for the requests made of it. Proxy names must
+// be null and `flags` 0.
+HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass,
+                      DWORD flags);
 
-// On a session or request; milliseconds, 0 or -1 for none. Resolving and connecting are bounded together by the sum of
-// their two; `receive` bounds the time without one byte arriving. An ended time-out is ERROR_WINHTTP_TIMEOUT.
+// On a session or request; milliseconds, 0 or -1 for none. Resolving and connecting are bounded
+// together by the sum of their two; `receive` bounds the time without one byte arriving. An ended
+// time-out is ERROR_WINHTTP_TIMEOUT.
 BOOL WinHttpSetTimeouts(HINTERNET handle, int resolve, int connect, int send, int receive);
 
-// The three options that are settings, each a DWORD; every other one is ERROR_WINHTTP_INVALID_OPTION.
-// WINHTTP_OPTION_SECURE_PROTOCOLS belongs to a session and takes TLS 1.2 alone; the others belong to a session or a
-// request.
+// The three options that are settings, each a DWORD; every other one is
+// ERROR_WINHTTP_INVALID_OPTION. WINHTTP_OPTION_SECURE_PROTOCOLS belongs to a session and takes TLS
+// 1.2 alone; the others belong to a session or a request.
 BOOL WinHttpSetOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size);
 
-// WINHTTP_OPTION_URL of a request whose response has come: the address that it came from, behind all redirects, with
-// the port even if it is the scheme's own. `*size` is in bytes, and on success excludes the zero; a buffer too small is
-// ERROR_INSUFFICIENT_BUFFER with the size needed. Every other option is ERROR_WINHTTP_INVALID_OPTION.
+// WINHTTP_OPTION_URL of a request whose response has come: the address that it came from, behind
+// all redirects, with the port even if it is the scheme's own. `*size` is in bytes, and on success
+// excludes the zero; a buffer too small is ERROR_INSUFFICIENT_BUFFER with the size needed. Every
+// other option is ERROR_WINHTTP_INVALID_OPTION.
 BOOL WinHttpQueryOption(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD size);
 
 // Names the server of later requests; nothing goes over the network. `reserved` must be 0.
 HINTERNET WinHttpConnect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DWORD reserved);
 
-// Prepares a request. Only "GET" (also by null), the default version, no referrer, the default accept types, flags 0 or
-// WINHTTP_FLAG_SECURE. `path` holds the query too. Characters that no URL holds, which are blanks, controls, any of
-// "#<>[\]^`{|} and everything beyond ASCII (as UTF-8), go out percent-encoded; everything else as it stands, dots and
-// escapes that are already there included.
-HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version, LPCWSTR referrer,
-                             LPCWSTR* acceptTypes, DWORD flags);
+// Prepares a request. Only "GET" (also by null), the default version, no referrer, the default
+// accept types, flags 0 or WINHTTP_FLAG_SECURE. `path` holds the query too. Characters that no
+// URL holds, which are blanks, controls, any of "#<>[\]^`{|} and everything beyond ASCII (as
+// UTF-8), go out percent-encoded; everything else as it stands, dots and escapes that are
+// already there included.
+HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version,
+                             LPCWSTR referrer, LPCWSTR* acceptTypes, DWORD flags);
 
 // Connects and sends the request. No headers and no body can be added.
-BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength, LPVOID optional, DWORD optionalLength,
-                        DWORD totalLength, DWORD_PTR context);
+BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength, LPVOID optional,
+                        DWORD optionalLength, DWORD totalLength, DWORD_PTR context);
 
-// Waits for the response's headers and follows redirects (301, 302, 303, 307 and 308 with a Location), at most 10. An
-// eleventh, and one to another scheme than http and https, fails with ERROR_WINHTTP_REDIRECT_FAILED; a policy that
-// forbids one hands the redirecting answer back. Headers of more than 64 KiB are ERROR_WINHTTP_HEADER_SIZE_OVERFLOW.
+// Waits for the response's headers and follows redirects (301, 302, 303, 307 and 308 with a
+// Location), at most 10. An eleventh, and one to another scheme than http and https, fails with
+// ERROR_WINHTTP_REDIRECT_FAILED; a policy that forbids one hands the redirecting answer back.
+// Headers of more than 64 KiB are ERROR_WINHTTP_HEADER_SIZE_OVERFLOW.
 BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved);
 
-// The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), the text of
-// Content-Length as the server sent it, or the whole head as it sent it (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the
-// empty line behind it; `*size` is in bytes, and on success excludes the zero. A header that didn't come is
-// ERROR_WINHTTP_HEADER_NOT_FOUND, a buffer too small ERROR_INSUFFICIENT_BUFFER with the size needed.
-BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size, LPDWORD index);
+// The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), the
+// text of Content-Length as the server sent it, or the whole head as it sent it
+// (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the empty line behind it; `*size` is in bytes, and on
+// success excludes the zero. A header that didn't come is ERROR_WINHTTP_HEADER_NOT_FOUND, a buffer
+// too small ERROR_INSUFFICIENT_BUFFER with the size needed.
+BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size,
+                         LPDWORD index);
 
-// Waits until bytes of the body are there and tells how many, 0 at its end. A body that ends before its Content-Length
-// ends like any other; a connection that breaks is ERROR_WINHTTP_CONNECTION_ERROR, behind the bytes that came before.
+// Waits until bytes of the body are there and tells how many, 0 at its end. A body that ends before
+// its Content-Length ends like any other; a connection that breaks is
+// ERROR_WINHTTP_CONNECTION_ERROR, behind the bytes that came before.
 BOOL WinHttpQueryDataAvailable(HINTERNET request, LPDWORD available);
 
 // Takes up to `size` bytes of the body, waiting for the first; `*read` 0 is the end of the body.
