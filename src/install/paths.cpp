@@ -134,7 +134,7 @@ fs::path updateServerFile(const fs::path& installDir) {
 }
 
 fs::path publicKeyFile(const fs::path& installDir) {
-    return installDir / "data" / "update_public_key.pem";
+    return installDir / fs::path(publicKeyPath).make_preferred();
 }
 
 } // namespace ca::install

@@ -11,7 +11,15 @@ namespace ca::install {
 inline constexpr std::string_view launcherFileName = "ColdAnchorLauncher.exe";
 inline constexpr std::string_view helperFileName = "ColdAnchorUpdateHelper.exe";
 inline constexpr std::string_view gameFileName = "ColdAnchor.exe";
-inline constexpr std::string_view workFolderName = ".coldanchor-update";
+inline constexpr const char* workFolderName = ".coldanchor-update";
+
+// The player's files: where the game kept them once, and where they go without a folder of the
+// player's own.
+inline constexpr const char* saveFolderName = "save";
+inline constexpr const char* userDataFolderName = "userdata";
+
+// With slashes, as a manifest would spell it.
+inline constexpr const char* publicKeyPath = "data/update_public_key.pem";
 
 // An environment variable that the update helper sets for a launcher that it starts again, because
 // the new one couldn't take its place. Such a launcher doesn't hand over once more, or the two

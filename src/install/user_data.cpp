@@ -30,7 +30,7 @@ fs::path userDataDir() {
             return pathFromWide(value) / "ColdAnchor";
         }
     }
-    return executableDir() / "userdata";
+    return executableDir() / userDataFolderName;
 }
 
 fs::path savesDir() {
@@ -39,7 +39,7 @@ fs::path savesDir() {
 
 void migrateUserData() {
     const fs::path saves = savesDir();
-    const fs::path old = executableDir() / "save";
+    const fs::path old = executableDir() / saveFolderName;
     std::error_code ignored; // the player needn't know of any failure here
     fs::create_directories(saves, ignored);
     if (!pathExists(old)) {

@@ -3,6 +3,7 @@
 #include "install/paths.h"
 #include "install/text_file.h"
 #include "install/version_marker.h"
+#include "update/channel.h"
 
 #include <algorithm>
 #include <array>
@@ -28,9 +29,9 @@ std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
 
 const std::string& chooseNotesText(const job::SharedSnapshot& snapshot,
                                    const std::string& localPatchNotes) {
-    constexpr std::size_t shortest = 80; // bytes; anything shorter is a placeholder, not notes
-    return snapshot.patchNotes && snapshot.patchNotes->size() >= shortest ? *snapshot.patchNotes
-                                                                          : localPatchNotes;
+    return snapshot.patchNotes && snapshot.patchNotes->size() >= update::shortestShownNotes
+               ? *snapshot.patchNotes
+               : localPatchNotes;
 }
 
 namespace {

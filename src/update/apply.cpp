@@ -3,7 +3,7 @@
 #include "install/text_file.h"
 #include "install/version_marker.h"
 #include "net/download.h"
-#include "net/url.h"
+#include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
 #include "update/rollback.h"
@@ -77,12 +77,12 @@ struct WorkFolders {
 bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files,
            const std::string& serverUrl, const fs::path& stage, const ProgressCallback& progress,
            std::string& error) {
-    const std::string channelUrl =
-        net::joinUrl(net::joinUrl(serverUrl, plan.manifest.channel), plan.manifest.platform);
+    const std::string address =
+        channelUrl(serverUrl, plan.manifest.channel, plan.manifest.platform);
     std::uint64_t completedBytes = 0;
     for (const ManifestFile* file : files) {
         const fs::path staged = stage / relativePath(file->path);
-        const std::string url = net::joinUrl(net::joinUrl(channelUrl, "files"), file->path);
+        const std::string url = fileUrl(address, file->path);
         std::uint64_t currentBytes = 0;
         const auto report = [&](std::uint64_t done, std::uint64_t) {
             currentBytes = done;
