@@ -43,7 +43,7 @@ std::string outcome(const std::string& text) {
 } // namespace
 
 TEST(Manifest, ReadsEveryField) {
-    const std::string text = ca::test::readFile(TEST_MANIFEST);
+    const std::string text = ca::test::readFile(TEST_DATA "/manifest.json");
     UpdateManifest manifest;
     std::string error;
     ASSERT_TRUE(parseManifest(text, manifest, error)) << error;
@@ -106,7 +106,7 @@ TEST(Manifest, EveryRefusalHasItsToken) {
 }
 
 TEST(Manifest, EveryCutIsReadOrRefused) {
-    const std::string text = ca::test::readFile(TEST_MANIFEST);
+    const std::string text = ca::test::readFile(TEST_DATA "/manifest.json");
     for (std::size_t length = 0; length < text.size(); ++length) {
         const std::string result = outcome(text.substr(0, length));
         EXPECT_TRUE(result == "1" || result == "2" || result.starts_with("manifest_"))
