@@ -3,6 +3,7 @@
 
 #include "install/paths.h"
 #include "install/user_data.h"
+#include "job/begin_update_job.h"
 #include "job/elevation.h"
 #include "launcher/frame_loop.h"
 #include "launcher/notes.h"

@@ -1,8 +1,9 @@
 #include "launcher/notes.h"
 
-#include "install/paths.h"
 #include "install/text_file.h"
 #include "install/version_marker.h"
+#include "system/path.h"
+#include "system/text.h"
 #include "update/channel.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
     const std::string version = install::readInstalledVersion(installDir);
     // The marker's bytes may be anything, and no name may stop the launcher.
     const std::filesystem::path versioned =
-        install::pathFromWide(L"PATCH_NOTES_v" + install::wideFromUtf8(version) + L".txt");
+        system::pathFromWide(L"PATCH_NOTES_v" + system::wideFromUtf8(version) + L".txt");
     const std::array candidates{installDir / "data" / "patch_notes.txt", installDir / versioned,
                                 installDir / "PATCH_NOTES.txt"};
     for (const std::filesystem::path& candidate : candidates) {

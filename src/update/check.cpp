@@ -1,5 +1,6 @@
 #include "install/paths.h"
 #include "net/download.h"
+#include "system/files.h"
 #include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
@@ -18,7 +19,7 @@ void scan(const fs::path& installDir, UpdatePlan& plan) {
     for (const ManifestFile& file : plan.manifest.files) {
         const fs::path relative = relativePath(file.path);
         fs::path target = installDir / relative;
-        const bool present = install::isFile(target);
+        const bool present = system::isFile(target);
         if (present && sha256File(target) == file.sha256) {
             continue;
         }

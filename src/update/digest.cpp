@@ -1,6 +1,6 @@
 #include "update/digest.h"
 
-#include "install/file_handle.h"
+#include "system/files.h"
 #include "system/hex.h"
 
 #include <algorithm>
@@ -63,7 +63,7 @@ std::string sha256Hex(const Sha256Digest& digest) {
 }
 
 std::string sha256File(const std::filesystem::path& path) {
-    const install::FileHandle file = install::FileHandle::openForReading(path);
+    const system::FileHandle file = system::FileHandle::openForReading(path);
     if (!file) {
         return {};
     }
@@ -72,12 +72,9 @@ std::string sha256File(const std::filesystem::path& path) {
         return {};
     }
     std::array<unsigned char, 65536> buffer;
-    DWORD count = 0;
     // A read error ends the file early; the digest of what was read then differs from the
     // manifest's.
-    while (
-        ::ReadFile(file.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) &&
-        count != 0) {
+    while (const std::size_t count = file.read(buffer.data(), buffer.size())) {
         if (!hash.add(buffer.data(), count)) {
             return {};
         }

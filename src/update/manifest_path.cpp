@@ -1,6 +1,6 @@
 #include "update/manifest_path.h"
 
-#include "install/paths.h"
+#include "system/path.h"
 #include "system/text.h"
 #include "update/channel.h"
 
@@ -60,7 +60,7 @@ bool isSafeManifestPath(std::string_view path) {
 }
 
 std::filesystem::path relativePath(std::string_view manifestPath) {
-    return install::pathFromUtf8(genericManifestPath(manifestPath));
+    return system::pathFromUtf8(genericManifestPath(manifestPath));
 }
 
 } // namespace ca::update
