@@ -1,6 +1,6 @@
 #include "install/paths.h"
 
-#include "system/process.h"
+#include "system/this_process.h"
 
 namespace ca::install {
 

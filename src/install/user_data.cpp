@@ -1,9 +1,9 @@
 #include "install/user_data.h"
 
 #include "install/paths.h"
-#include "system/files.h"
+#include "system/file_kind.h"
 #include "system/path.h"
-#include "system/process.h"
+#include "system/this_process.h"
 
 #include <string>
 

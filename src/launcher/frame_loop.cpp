@@ -4,7 +4,7 @@
 #include "launcher/game.h"
 #include "launcher/layout.h"
 #include "launcher/screen.h"
-#include "system/files.h"
+#include "system/file_kind.h"
 #include "system/path.h"
 
 namespace ca::launcher {

@@ -1,6 +1,6 @@
 #include "install/paths.h"
 #include "net/download.h"
-#include "system/files.h"
+#include "system/file_kind.h"
 #include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
