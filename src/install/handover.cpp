@@ -19,6 +19,7 @@ bool readProcessId(const std::wstring& text, DWORD& processId) {
         text.find_first_not_of(L"0123456789") != std::wstring::npos) {
         return false;
     }
+    // Ten digits may still be too many for the system's numbers, and 0 is no launcher's.
     const unsigned long long number = std::stoull(text);
     processId = static_cast<DWORD>(number);
     return number == processId && number != 0;

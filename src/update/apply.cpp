@@ -28,8 +28,6 @@ namespace {
 struct PlannedFile {
     const ManifestFile* file;
     fs::path relative;
-
-    bool isLauncher() const { return relative.filename() == install::launcherFileName; }
 };
 
 // One call of Updater::apply.
@@ -177,7 +175,7 @@ bool installFile(const Attempt& attempt, const PlannedFile& planned, Rollback& r
 bool installFiles(const Attempt& attempt, Rollback& rollback, fs::path& launcher,
                   std::string& error) {
     for (const PlannedFile& planned : attempt.files) {
-        if (planned.isLauncher()) {
+        if (isLauncherFile(planned.relative)) {
             launcher = attempt.stage / planned.relative;
         } else if (!installFile(attempt, planned, rollback, error)) {
             return false;
