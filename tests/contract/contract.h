@@ -46,4 +46,15 @@ inline DWORD result(BOOL done) {
     return done ? 0 : ::GetLastError();
 }
 
+// What calls came to, one behind the other, and what each has to come to.
+struct Step {
+    const char* name;
+    std::uint64_t got, expected;
+};
+inline void expectSteps(std::initializer_list<Step> steps) {
+    for (const Step& step : steps) {
+        EXPECT_EQ(step.got, step.expected) << step.name;
+    }
+}
+
 } // namespace ca::test
