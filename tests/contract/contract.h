@@ -1,5 +1,5 @@
 // What the contract's tests share. They run against Windows' own functions and against the layer
-// that stands in for them; where one of the two is known to differ, a row names both answers.
+// that stands in for them; where one of the two is known to differ, a row says so.
 #pragma once
 
 #include "install/paths.h"
