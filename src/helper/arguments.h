@@ -2,32 +2,26 @@
 #pragma once
 
 #include "helper/exit_status.h"
+#include "install/work_folders.h"
 
-#include <string>
+#include <filesystem>
 #include <windows.h>
 
 namespace ca::helper {
 
-// The command line
-//   "<helper>" --wait-pid <pid> --replace "<staged>" --target "<target>" --relaunch "<target>"
-// with its paths made absolute; those below the work folder in the form that has no
-// limit of 260 characters.
+// The launcher's request, with its paths made full ones.
 struct Arguments {
-    DWORD processId = 0; // of the launcher that ends
-    std::wstring staged; // the new launcher
-    std::wstring target; // the launcher's place in the installation
-    std::wstring folder; // the installation
-    std::wstring work;   // "<folder>\.coldanchor-update"
-    // the stage folder that `staged` lies in: "<folder>\.coldanchor-update\stage-<stamp>"
-    std::wstring stage;
-    // where the old launcher is kept: "<folder>\.coldanchor-update\backup-<stamp>"
-    std::wstring backup;
+    DWORD processId = 0;          // of the launcher that ends
+    std::filesystem::path staged; // the new launcher
+    std::filesystem::path target; // the launcher's place in the installation
+    std::filesystem::path folder; // the installation
+    install::WorkFolders folders; // of the attempt that staged the new launcher
 };
 
 // Reads this process's command line. exitReplaced means that `arguments` is complete and may be
-// carried out; anything else says what is wrong with it. Changes nothing, but asks whether a link
-// stands on the way to `staged`; that it is missing isn't wrong here. May be called again, to find
-// a link that has been put there since.
+// carried out; anything else says what is wrong with it. Changes nothing, but asks whether there is
+// a link on the way to `staged`; that it is missing isn't wrong here. May be called again, to find
+// a link that has been put there since. Main thread.
 ExitStatus readArguments(Arguments& arguments);
 
 } // namespace ca::helper

@@ -4,31 +4,27 @@
 // thread. Paths are full ones.
 #pragma once
 
-#include <string>
+#include <filesystem>
 
 namespace ca::helper {
 
-// Whether nothing stands there. False also when the system doesn't tell.
-bool isMissing(const std::wstring& path);
-
 // A non-empty file that the system recognises as a 64-bit program.
-bool isProgram(const std::wstring& file);
+bool isProgram(const std::filesystem::path& file);
 
-// Makes the old launcher available under a second name, so that replacing the first can't lose
-// it. By a hard link, or by a copy where the volume knows no links. Makes `folder`, which may
-// not be a link, and replaces an older file there. `name` is the second name below `folder`,
-// with its separator in front.
-bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name);
+// Makes the old launcher available under a second name, so that replacing the first can't lose it.
+// By a hard link, or by a copy where the volume knows no links. Makes the folder of `copy`, which
+// may not be a link, and replaces an older file there.
+bool keepAside(const std::filesystem::path& target, const std::filesystem::path& copy);
 
-// Brings the file's bytes to the disk, so that a power cut after a rename can't
-// leave a name without them.
-bool flushToDisk(const std::wstring& file);
+// Brings the file's bytes to the disk, so that a power cut after a rename can't leave a name
+// without them.
+bool flushToDisk(const std::filesystem::path& file);
 
-// Renames `from` over `to`, on one volume: the name `to` means the old file or the
-// new one at every moment.
-bool moveOver(const std::wstring& from, const std::wstring& to);
+// Renames `from` over `to`, on one volume: the name `to` means the old file or the new one at
+// every moment.
+bool moveOver(const std::filesystem::path& from, const std::filesystem::path& to);
 
 // Starts a program of the installation, in its folder, without arguments.
-bool start(const std::wstring& program, const std::wstring& folder);
+bool start(const std::filesystem::path& program);
 
 } // namespace ca::helper

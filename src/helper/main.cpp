@@ -4,25 +4,24 @@
 #include "helper/arguments.h"
 #include "helper/file_steps.h"
 #include "helper/wait.h"
-#include "install/folders.h"
-#include "install/paths.h"
+#include "install/handover.h"
+#include "system/files.h"
+#include "system/folders.h"
 
 using namespace ca::helper;
 
 namespace {
 
 ExitStatus replaceLauncher(const Arguments& arguments) {
-    // with its separator in front
-    const std::wstring name = arguments.target.substr(arguments.folder.size());
-    const std::wstring old = arguments.backup + name;
+    const std::filesystem::path old = arguments.folders.backup / arguments.target.filename();
     // A player may have renamed the launcher that is running: then its place is empty.
-    if (!isMissing(arguments.target) && !keepAside(arguments.target, arguments.backup, name)) {
+    if (!ca::system::isMissing(arguments.target) && !keepAside(arguments.target, old)) {
         return exitNotKept;
     }
     if (!flushToDisk(arguments.staged) || !moveOver(arguments.staged, arguments.target)) {
         return exitNotReplaced;
     }
-    if (start(arguments.target, arguments.folder)) {
+    if (start(arguments.target)) {
         return exitReplaced;
     }
     return moveOver(old, arguments.target) ? exitNewDoesNotStart : exitNothingStarts;
@@ -45,14 +44,15 @@ int main() {
     ExitStatus status = isProgram(arguments.staged) ? replaceLauncher(arguments) : exitNotAProgram;
     if (status != exitReplaced) {
         // Whatever went wrong, the target is a whole launcher: the player gets it back.
-        ::SetEnvironmentVariableW(ca::install::selfUpdateFailedVariable, L"1");
-        if (!start(arguments.target, arguments.folder)) {
+        ::SetEnvironmentVariableW(ca::install::handoverFailedVariable,
+                                  ca::install::handoverFailedValue);
+        if (!start(arguments.target)) {
             status = exitNothingStarts;
         }
     }
-    if (!ca::install::isLink(arguments.work)) {
-        // also after a failure: nothing of it is ever used again
-        ca::install::removeFolder(arguments.stage);
+    // Also after a failure: nothing of it is ever used again.
+    if (!ca::system::isLink(arguments.folders.work)) {
+        ca::system::removeFolder(arguments.folders.stage);
     }
     return status;
 }

@@ -1,9 +1,8 @@
 #include "install/text_file.h"
 
-#include "install/file_handle.h"
-#include "install/folders.h"
-#include "install/paths.h"
-#include "install/retry.h"
+#include "system/files.h"
+#include "system/folders.h"
+#include "system/retry.h"
 
 #include <array>
 
@@ -13,15 +12,12 @@ namespace fs = std::filesystem;
 
 std::string readTextFile(const fs::path& path) {
     std::string text;
-    const FileHandle file = FileHandle::openForReading(path);
+    const system::FileHandle file = system::FileHandle::openForReading(path);
     if (!file) {
         return text;
     }
     std::array<char, 4096> buffer;
-    DWORD count = 0;
-    while (
-        ::ReadFile(file.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) &&
-        count != 0) {
+    while (const std::size_t count = file.read(buffer.data(), buffer.size())) {
         text.append(buffer.data(), count);
     }
     return text;
@@ -39,33 +35,27 @@ std::string_view trimText(std::string_view text) {
 namespace {
 
 bool writeFlushed(const fs::path& path, std::string_view text) {
-    const FileHandle file = FileHandle::createForWriting(path);
-    return file && file.write(text.data(), static_cast<DWORD>(text.size())) &&
-           ::FlushFileBuffers(file.get());
+    const system::FileHandle file = system::FileHandle::createForWriting(path);
+    return file && file.write(text.data(), text.size()) && file.flush();
 }
 
 // Windows refuses to replace a file that anyone has open, be it a scanner or this program's other
 // thread, which reads the version marker on every frame.
 bool moveOver(const fs::path& from, const fs::path& to) {
-    constexpr RetryTimes times{.limit = 2000, .firstPause = 1, .longestPause = 4};
-    const std::wstring source = systemPath(from);
-    const std::wstring target = systemPath(to);
-    return withRetries(times, [&] {
-        return ::MoveFileExW(source.c_str(), target.c_str(),
-                             MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-    });
+    constexpr system::RetryTimes times{.limit = 2000, .firstPause = 1, .longestPause = 4};
+    return system::withRetries(times, [&] { return system::replaceFileThrough(from, to); });
 }
 
 } // namespace
 
 bool writeTextFile(const fs::path& path, std::string_view text) {
-    makeFolders(systemPath(path.parent_path())); // a failure shows when the file is opened
+    system::makeFolders(path.parent_path()); // a failure shows when the file is opened
     fs::path fresh = path;
     fresh += ".new";
     if (writeFlushed(fresh, text) && moveOver(fresh, path)) {
         return true;
     }
-    ::DeleteFileW(systemPath(fresh).c_str());
+    system::removeFile(fresh);
     return false;
 }
 

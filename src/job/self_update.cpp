@@ -1,7 +1,7 @@
 #include "job/self_update.h"
 
-#include "install/paths.h"
-#include "install/start_process.h"
+#include "install/handover.h"
+#include "system/process.h"
 
 #include <windows.h>
 
@@ -10,14 +10,11 @@ namespace ca::job {
 bool startUpdateHelper(const std::filesystem::path& helper,
                        const std::filesystem::path& stagedLauncher,
                        const std::filesystem::path& target) {
-    if (::GetEnvironmentVariableW(install::selfUpdateFailedVariable, nullptr, 0) != 0) {
+    if (::GetEnvironmentVariableW(install::handoverFailedVariable, nullptr, 0) != 0) {
         return false;
     }
-    const std::wstring arguments = L" --wait-pid " + std::to_wstring(::GetCurrentProcessId()) +
-                                   L" --replace \"" + install::wideFromPath(stagedLauncher) +
-                                   L"\" --target \"" + install::wideFromPath(target) +
-                                   L"\" --relaunch \"" + install::wideFromPath(target) + L"\"";
-    return install::startProcess(helper, arguments, CREATE_NO_WINDOW);
+    const install::Handover handover{::GetCurrentProcessId(), stagedLauncher, target, target};
+    return system::startProgram(helper, install::handoverArguments(handover), CREATE_NO_WINDOW);
 }
 
 } // namespace ca::job

@@ -1,10 +1,5 @@
 #include "job/shared.h"
 
-#include "job/update_job.h"
-
-#include <exception>
-#include <thread>
-
 namespace ca::job {
 
 SharedSnapshot snapshotShared(Shared& shared) {
@@ -12,53 +7,10 @@ SharedSnapshot snapshotShared(Shared& shared) {
     return shared.state;
 }
 
-namespace {
-
-// Test and set under one hold of the lock, so that two callers can't both start a job.
-bool claimJob(Shared& shared, bool repair) {
-    const std::lock_guard lock(shared.mutex);
-    SharedSnapshot& state = shared.state;
-    if (state.busy) {
-        return false;
-    }
-    state.jobState = JobState::Checking;
-    state.statusText = repair ? "CHECKING GAME FILES..." : "CHECKING FOR UPDATES...";
-    state.detailText.clear();
-    state.progressDone = 0;
-    state.progressTotal = 0;
-    state.busy = true; // last, because an assignment above may find no memory
-    return true;
-}
-
-// Held while a job's thread is started and detached; the thread waits for that. MinGW-w64's threads
-// library forgets the record from which a new thread learns what to run as soon as it is detached:
-// about one thread in 10,000 was detached before it had looked, and then ran nothing or crashed.
-std::mutex starting;
-
-void startDetached(UpdateJob job) {
-    const std::lock_guard lock(starting);
-    std::thread([job = std::move(job)] {
-        { const std::lock_guard detached(starting); }
-        runUpdateJob(job);
-    }).detach();
-}
-
-} // namespace
-
-void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir,
-                    const std::string& channel, bool repair, bool elevated) {
-    if (!claimJob(shared, repair)) {
-        return;
-    }
-    try {
-        startDetached(UpdateJob{&shared, installDir, channel, repair, elevated});
-    } catch (const std::exception&) { // no thread, or no memory for one
-        const std::lock_guard lock(shared.mutex);
-        shared.state.busy = false;
-        shared.state.jobState = JobState::Failed;
-        shared.state.statusText = "UPDATE FAILED - TRY AGAIN";
-        shared.state.detailText = "job_thread_failed";
-    }
+void setTexts(SharedSnapshot& state, JobState jobState, std::string status, std::string detail) {
+    state.jobState = jobState;
+    state.statusText = std::move(status);
+    state.detailText = std::move(detail);
 }
 
 } // namespace ca::job

@@ -1,8 +1,7 @@
-// The one record that the main thread and the update job have in common, and the start of a job.
+// The one record that the main thread and the update job have in common.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -46,12 +45,15 @@ struct Shared {
 // A copy of the whole record. Any thread.
 SharedSnapshot snapshotShared(Shared& shared);
 
-// Starts the update job on a detached thread of its own; a call while `busy` is dropped. `shared`
-// must stay valid until the process ends, since the job is neither told nor awaited when the window
-// closes. `repair` changes two headlines and nothing else; `elevated` says that this process came
-// through the elevation prompt. The outcome is what the job writes into `shared`; a thread that
-// can't be started reads "UPDATE FAILED - TRY AGAIN" and "job_thread_failed". Any thread.
-void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir,
-                    const std::string& channel, bool repair, bool elevated);
+// Calls `change` with the record's state, under its lock: all that one call changes is one step for
+// whoever takes a snapshot. Any thread.
+template <typename Change>
+void changeShared(Shared& shared, Change change) {
+    const std::lock_guard lock(shared.mutex);
+    change(shared.state);
+}
+
+// The state's phase and both lines of text, for use within a change.
+void setTexts(SharedSnapshot& state, JobState jobState, std::string status, std::string detail);
 
 } // namespace ca::job

@@ -18,17 +18,15 @@ using update::compareVersions;
 using update::UpdateManifest;
 using update::UpdatePlan;
 
-void setTexts(SharedSnapshot& state, JobState jobState, std::string status, std::string detail) {
-    state.jobState = jobState;
-    state.statusText = std::move(status);
-    state.detailText = std::move(detail);
-}
+// What a failure that nobody expected leaves on the screen depends on how far the job was.
+enum class Phase { Checking, Installing };
 
 // One ending, written as one step. The player can click again afterwards.
 void finish(Shared& shared, JobState jobState, std::string status, std::string detail) {
-    const std::lock_guard lock(shared.mutex);
-    setTexts(shared.state, jobState, std::move(status), std::move(detail));
-    shared.state.busy = false;
+    changeShared(shared, [&](SharedSnapshot& state) {
+        setTexts(state, jobState, std::move(status), std::move(detail));
+        state.busy = false;
+    });
 }
 
 void finishCheckFailed(Shared& shared, const std::string& error) {
@@ -38,6 +36,21 @@ void finishCheckFailed(Shared& shared, const std::string& error) {
 
 void finishApplyFailed(Shared& shared, const std::string& error) {
     finish(shared, JobState::Failed, "UPDATE FAILED - TRY AGAIN", error);
+}
+
+void finishUnexpectedly(Shared& shared, Phase phase, const char* token) {
+    try {
+        if (phase == Phase::Checking) {
+            finishCheckFailed(shared, token);
+        } else {
+            finishApplyFailed(shared, token);
+        }
+    } catch (...) { // no memory even for the texts: the buttons must come back all the same
+        changeShared(shared, [](SharedSnapshot& state) {
+            state.jobState = JobState::Failed;
+            state.busy = false;
+        });
+    }
 }
 
 // How the installation stands to what the channel offers.
@@ -63,32 +76,31 @@ struct Comparison {
     }
 };
 
-void publish(Shared& shared, const Comparison& comparison, const UpdatePlan& plan) {
+// What the check found, for the screen.
+void showComparison(Shared& shared, const Comparison& comparison, const UpdatePlan& plan) {
     auto notes = std::make_shared<const std::string>(plan.manifest.release_notes);
-    const std::lock_guard lock(shared.mutex);
-    SharedSnapshot& state = shared.state;
-    state.latestVersion = plan.manifest.version;
-    state.patchNotes.swap(notes); // the old notes are freed after the lock
-    state.updateAvailable = comparison.updateAvailable();
-    state.updateRequired = comparison.updateRequired(plan.manifest);
-    state.progressTotal = state.updateAvailable ? plan.totalBytes : 0;
+    changeShared(shared, [&](SharedSnapshot& state) {
+        state.latestVersion = plan.manifest.version;
+        state.patchNotes.swap(notes); // the old notes are freed after the lock
+        state.updateAvailable = comparison.updateAvailable();
+        state.updateRequired = comparison.updateRequired(plan.manifest);
+        state.progressTotal = state.updateAvailable ? plan.totalBytes : 0;
+    });
 }
 
-// Asks for the rights that the installation needs. True: this process may install.
-// False: the job has ended.
+// Asks for the rights that the installation needs. True: this process may install. False: the job
+// has ended.
 bool mayInstall(const UpdateJob& job) {
     Shared& shared = *job.shared;
     if (job.elevated || isFolderWritable(job.installDir)) {
         return true;
     }
-    {
-        const std::lock_guard lock(shared.mutex);
-        setTexts(shared.state, JobState::HandingOver, "WINDOWS PERMISSION REQUIRED",
+    changeShared(shared, [](SharedSnapshot& state) {
+        setTexts(state, JobState::HandingOver, "WINDOWS PERMISSION REQUIRED",
                  "OPENING UAC TO INSTALL THE UPDATE...");
-    }
+    });
     if (relaunchElevated()) {
-        const std::lock_guard lock(shared.mutex);
-        shared.state.exitRequested = true;
+        changeShared(shared, [](SharedSnapshot& state) { state.exitRequested = true; });
     } else {
         finish(shared, JobState::Failed, "UPDATE PERMISSION DENIED",
                "WINDOWS UAC WAS CANCELLED OR COULD NOT START");
@@ -97,22 +109,24 @@ bool mayInstall(const UpdateJob& job) {
 }
 
 void announceUpdate(const UpdateJob& job, const UpdatePlan& plan) {
-    const std::lock_guard lock(job.shared->mutex);
-    setTexts(job.shared->state, JobState::Updating,
-             job.repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...",
-             std::to_string(plan.files.size()) + " FILES REQUIRE UPDATE");
+    const char* headline = job.repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...";
+    std::string detail = std::to_string(plan.files.size()) + " FILES REQUIRE UPDATE";
+    changeShared(*job.shared, [&](SharedSnapshot& state) {
+        setTexts(state, JobState::Updating, headline, std::move(detail));
+    });
 }
 
 update::ProgressCallback reportTo(Shared& shared) {
     return [&shared](std::uint64_t done, std::uint64_t total) {
-        const std::lock_guard lock(shared.mutex);
-        shared.state.progressDone = done;
-        shared.state.progressTotal = total;
+        changeShared(shared, [&](SharedSnapshot& state) {
+            state.progressDone = done;
+            state.progressTotal = total;
+        });
     };
 }
 
-// A new launcher waits in the stage folder; the update helper puts it in place once
-// this process has ended.
+// A new launcher waits in the stage folder; the update helper puts it in place once this process
+// has ended.
 void handOverToHelper(const UpdateJob& job, const std::filesystem::path& stagedLauncher) {
     const bool started = startUpdateHelper(job.installDir / install::helperFileName, stagedLauncher,
                                            job.installDir / install::launcherFileName);
@@ -121,30 +135,30 @@ void handOverToHelper(const UpdateJob& job, const std::filesystem::path& stagedL
                "COULD NOT START UPDATE HELPER");
         return;
     }
-    const std::lock_guard lock(job.shared->mutex);
-    // first: the helper waits, whatever becomes of the texts
-    job.shared->state.exitRequested = true;
-    setTexts(job.shared->state, JobState::HandingOver, "LAUNCHER UPDATED", "RESTARTING...");
+    changeShared(*job.shared, [](SharedSnapshot& state) {
+        state.exitRequested = true; // first: the helper waits, whatever becomes of the texts
+        setTexts(state, JobState::HandingOver, "LAUNCHER UPDATED", "RESTARTING...");
+    });
 }
 
 // The marker is the proof that an installation took effect, so it is read back.
 void finishInstalled(const UpdateJob& job, const UpdatePlan& plan) {
     const std::string& version = plan.manifest.version;
     const std::string found = install::readInstalledVersion(job.installDir);
-    const std::lock_guard lock(job.shared->mutex);
-    SharedSnapshot& state = job.shared->state;
-    if (compareVersions(found, version) != 0) {
-        setTexts(state, JobState::Failed, "VERSION MARKER UPDATE FAILED",
-                 "EXPECTED " + version + " // FOUND " + found);
-        state.updateAvailable = true;
-    } else {
-        setTexts(state, JobState::Ready, "READY TO PLAY", "INSTALLED VERSION " + found);
-        state.latestVersion = version;
-        state.updateAvailable = false;
-        state.updateRequired = false;
-        state.progressDone = state.progressTotal;
-    }
-    state.busy = false;
+    changeShared(*job.shared, [&](SharedSnapshot& state) {
+        if (compareVersions(found, version) != 0) {
+            setTexts(state, JobState::Failed, "VERSION MARKER UPDATE FAILED",
+                     "EXPECTED " + version + " // FOUND " + found);
+            state.updateAvailable = true;
+        } else {
+            setTexts(state, JobState::Ready, "READY TO PLAY", "INSTALLED VERSION " + found);
+            state.latestVersion = version;
+            state.updateAvailable = false;
+            state.updateRequired = false;
+            state.progressDone = state.progressTotal;
+        }
+        state.busy = false;
+    });
 }
 
 // True: `plan` holds work. False: the job has ended.
@@ -156,12 +170,12 @@ bool findWork(const UpdateJob& job, const update::Updater& updater, UpdatePlan& 
         return false;
     }
     const Comparison comparison(job.installDir, plan);
-    const std::string& installed = comparison.installed;
-    publish(shared, comparison, plan);
+    showComparison(shared, comparison, plan);
     if (comparison.updateAvailable()) {
         return true;
     }
-    // From here on `updateAvailable` is false: publish has said so.
+    // From here on `updateAvailable` is false: showComparison has said so.
+    const std::string& installed = comparison.installed;
     if (comparison.order > 0) {
         finish(shared, JobState::Ready, "READY TO PLAY",
                "INSTALLED " + installed + " // SERVER " + plan.manifest.version +
@@ -173,7 +187,7 @@ bool findWork(const UpdateJob& job, const update::Updater& updater, UpdatePlan& 
     return false;
 }
 
-void install(const UpdateJob& job, const update::Updater& updater, const UpdatePlan& plan) {
+void installPlan(const UpdateJob& job, const update::Updater& updater, const UpdatePlan& plan) {
     announceUpdate(job, plan);
     std::string error;
     std::filesystem::path stagedLauncher;
@@ -193,34 +207,28 @@ void install(const UpdateJob& job, const update::Updater& updater, const UpdateP
     }
 }
 
+// One pass. `phase` says how far it was, for whoever catches what leaves it.
+void checkAndInstall(const UpdateJob& job, Phase& phase) {
+    update::Updater updater(job.installDir);
+    const std::string server = install::readTextFile(install::updateServerFile(job.installDir));
+    updater.serverUrl = install::trimText(server);
+    UpdatePlan plan;
+    if (findWork(job, updater, plan) && mayInstall(job)) {
+        phase = Phase::Installing;
+        installPlan(job, updater, plan);
+    }
+}
+
 } // namespace
 
 void runUpdateJob(const UpdateJob& job) {
-    Shared& shared = *job.shared;
-    bool installing = false;
-    const auto failWith = [&](const char* token) {
-        try {
-            installing ? finishApplyFailed(shared, token) : finishCheckFailed(shared, token);
-        } catch (...) { // no memory even for the texts: the buttons must come back all the same
-            const std::lock_guard lock(shared.mutex);
-            shared.state.jobState = JobState::Failed;
-            shared.state.busy = false;
-        }
-    };
+    Phase phase = Phase::Checking;
     try {
-        update::Updater updater(job.installDir);
-        updater.serverUrl =
-            install::trimText(install::readTextFile(install::updateServerFile(job.installDir)));
-        UpdatePlan plan;
-        if (!findWork(job, updater, plan) || !mayInstall(job)) {
-            return;
-        }
-        installing = true;
-        install(job, updater, plan);
+        checkAndInstall(job, phase);
     } catch (const std::bad_alloc&) {
-        failWith("out_of_memory");
+        finishUnexpectedly(*job.shared, phase, "out_of_memory");
     } catch (...) {
-        failWith("unexpected_failure");
+        finishUnexpectedly(*job.shared, phase, "unexpected_failure");
     }
 }
 

@@ -1,9 +1,11 @@
 #include "launcher/frame_loop.h"
 
-#include "install/paths.h"
+#include "job/begin_update_job.h"
 #include "launcher/game.h"
 #include "launcher/layout.h"
 #include "launcher/screen.h"
+#include "system/files.h"
+#include "system/path.h"
 
 namespace ca::launcher {
 
@@ -11,17 +13,16 @@ namespace {
 
 // The one thing that the main thread itself writes into the record, apart from the start of a job.
 void reportMissingGame(job::Shared& shared, const std::filesystem::path& exePath) {
-    std::string path = install::utf8FromPath(exePath);
-    const std::lock_guard lock(shared.mutex);
-    shared.state.jobState = job::JobState::Failed;
-    shared.state.statusText = "GAME EXECUTABLE MISSING";
-    shared.state.detailText = std::move(path);
+    std::string path = system::utf8FromPath(exePath);
+    job::changeShared(shared, [&](job::SharedSnapshot& state) {
+        setTexts(state, job::JobState::Failed, "GAME EXECUTABLE MISSING", std::move(path));
+    });
 }
 
 // True when the game has been started and the launcher's work is done.
 bool play(const LauncherState& launcher) {
     const std::filesystem::path exePath = launcher.installDir / gameExecutableName();
-    if (install::pathExists(exePath) && startGame(exePath)) {
+    if (system::pathExists(exePath) && startGame(exePath)) {
         return true;
     }
     reportMissingGame(*launcher.shared, exePath);

@@ -1,7 +1,7 @@
 #include "launcher/game.h"
 
 #include "install/paths.h"
-#include "install/start_process.h"
+#include "system/process.h"
 
 namespace ca::launcher {
 
@@ -10,7 +10,7 @@ std::string gameExecutableName() {
 }
 
 bool startGame(const std::filesystem::path& exePath) {
-    return install::startProcess(exePath, L"", 0);
+    return system::startProgram(exePath, L"", 0);
 }
 
 } // namespace ca::launcher

@@ -3,10 +3,12 @@
 
 #include "install/paths.h"
 #include "install/user_data.h"
+#include "job/begin_update_job.h"
 #include "job/elevation.h"
 #include "launcher/frame_loop.h"
 #include "launcher/notes.h"
 #include "launcher/window.h"
+#include "update/channel.h"
 
 #include <SDL3/SDL_main.h>
 #include <algorithm>
@@ -31,7 +33,7 @@ int main(int argc, char* argv[]) {
     // until the process is gone.
     static job::Shared& shared = *new job::Shared;
     launcher.shared = &shared;
-    launcher.channel = "stable";
+    launcher.channel = update::launcherChannel;
     job::beginUpdateJob(shared, launcher.installDir, launcher.channel, false,
                         launcher.elevatedUpdate);
     launcher.localPatchNotes = launcher::loadLocalPatchNotes(launcher.installDir);

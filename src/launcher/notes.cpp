@@ -1,8 +1,10 @@
 #include "launcher/notes.h"
 
-#include "install/paths.h"
 #include "install/text_file.h"
 #include "install/version_marker.h"
+#include "system/path.h"
+#include "system/text.h"
+#include "update/channel.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +15,7 @@ std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
     const std::string version = install::readInstalledVersion(installDir);
     // The marker's bytes may be anything, and no name may stop the launcher.
     const std::filesystem::path versioned =
-        install::pathFromWide(L"PATCH_NOTES_v" + install::wideFromUtf8(version) + L".txt");
+        system::pathFromWide(L"PATCH_NOTES_v" + system::wideFromUtf8(version) + L".txt");
     const std::array candidates{installDir / "data" / "patch_notes.txt", installDir / versioned,
                                 installDir / "PATCH_NOTES.txt"};
     for (const std::filesystem::path& candidate : candidates) {
@@ -28,9 +30,9 @@ std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
 
 const std::string& chooseNotesText(const job::SharedSnapshot& snapshot,
                                    const std::string& localPatchNotes) {
-    constexpr std::size_t shortest = 80; // bytes; anything shorter is a placeholder, not notes
-    return snapshot.patchNotes && snapshot.patchNotes->size() >= shortest ? *snapshot.patchNotes
-                                                                          : localPatchNotes;
+    return snapshot.patchNotes && snapshot.patchNotes->size() >= update::shortestShownNotes
+               ? *snapshot.patchNotes
+               : localPatchNotes;
 }
 
 namespace {

@@ -1,7 +1,7 @@
 #include "launcher/window.h"
 
-#include "install/paths.h"
 #include "launcher/layout.h"
+#include "system/path.h"
 
 #include <SDL3_image/SDL_image.h>
 
@@ -27,7 +27,7 @@ ExitStatus openWindow(SDL_Window*& window, SDL_Renderer*& renderer) {
 }
 
 void setWindowIcon(SDL_Window* window, const std::filesystem::path& image) {
-    if (SDL_Surface* icon = IMG_Load(install::utf8FromPath(image).c_str())) {
+    if (SDL_Surface* icon = IMG_Load(system::utf8FromPath(image).c_str())) {
         SDL_SetWindowIcon(window, icon);
         SDL_DestroySurface(icon);
     }

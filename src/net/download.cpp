@@ -1,8 +1,7 @@
 #include "net/download.h"
 
-#include "install/file_handle.h"
-#include "install/folders.h"
-#include "install/paths.h"
+#include "system/files.h"
+#include "system/folders.h"
 
 #include <array>
 #include <vector>
@@ -66,8 +65,8 @@ bool fetchText(std::string_view url, std::string& text, std::string& error) {
 bool downloadToFile(std::string_view url, const std::filesystem::path& destination,
                     const DownloadProgress& progress, std::string& error) {
     // A folder that can't be made shows when the file is opened.
-    install::makeFolders(install::systemPath(destination.parent_path()));
-    const install::FileHandle file = install::FileHandle::createForWriting(destination);
+    system::makeFolders(destination.parent_path());
+    const system::FileHandle file = system::FileHandle::createForWriting(destination);
     if (!file) {
         error = "download_destination_unwritable";
         return false;
@@ -79,7 +78,7 @@ bool downloadToFile(std::string_view url, const std::filesystem::path& destinati
     const std::uint64_t announced = announcedSize(open);
     std::uint64_t done = 0;
     const auto store = [&](const char* data, std::size_t count) {
-        if (!file.write(data, static_cast<DWORD>(count))) {
+        if (!file.write(data, count)) {
             error = "download_write_failed";
             return false;
         }

@@ -1,6 +1,6 @@
 #include "net/http_client.h"
 
-#include "install/paths.h"
+#include "system/text.h"
 
 namespace ca::net {
 
@@ -21,7 +21,7 @@ void setOption(HINTERNET handle, DWORD option, DWORD value) {
 }
 
 bool crackUrl(std::string_view url, RequestTarget& target) {
-    const std::wstring wide = install::wideFromUtf8(url);
+    const std::wstring wide = system::wideFromUtf8(url);
     URL_COMPONENTS parts{};
     parts.dwStructSize = sizeof parts;
     parts.dwHostNameLength = static_cast<DWORD>(-1); // -1 asks for a pointer into the text

@@ -2,6 +2,7 @@
 
 #include "install/paths.h"
 #include "publish/failure.h"
+#include "system/text.h"
 #include "update/manifest_path.h"
 
 #include <algorithm>
@@ -156,7 +157,7 @@ std::wstring foldedPath(std::string_view path) {
     if (letters == nullptr) {
         throw Failure("this system lacks the locale C.UTF-8: install the package libc-bin");
     }
-    std::wstring wide = install::wideFromUtf8(path);
+    std::wstring wide = system::wideFromUtf8(path);
     std::transform(wide.begin(), wide.end(), wide.begin(), [](wchar_t c) {
         return static_cast<wchar_t>(::towupper_l(static_cast<wint_t>(c), letters));
     });

@@ -1,5 +1,5 @@
-#include "net/answer.h"
 #include "net/download.h"
+#include "net/response.h"
 #include "net/url.h"
 #include "publish/answer_rules.h"
 #include "publish/channel_folder.h"
@@ -34,7 +34,7 @@ public:
             arrival.notes.push_back({true, url, "can't be fetched: " + error});
             return arrival;
         }
-        AnswerHead head{url, net::finalUrl(open), net::answerHead(open), false};
+        AnswerHead head{url, net::finalUrl(open), net::responseHeaders(open), false};
         arrival.good = net::readBody(open, take, error);
         if (!arrival.good) {
             arrival.notes.push_back({true, url, "breaks off: " + error});

@@ -1,9 +1,11 @@
-#include "install/folders.h"
 #include "install/paths.h"
 #include "install/text_file.h"
 #include "install/version_marker.h"
+#include "install/work_folders.h"
 #include "net/download.h"
-#include "net/url.h"
+#include "system/files.h"
+#include "system/folders.h"
+#include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
 #include "update/rollback.h"
@@ -13,7 +15,6 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
-#include <windows.h>
 
 namespace ca::update {
 
@@ -21,22 +22,50 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// One file of the plan, its path as this system has it.
+struct PlannedFile {
+    const ManifestFile* file;
+    fs::path relative;
+
+    bool isLauncher() const { return relative.filename() == install::launcherFileName; }
+};
+
+// One call of Updater::apply.
+struct Attempt {
+    const UpdatePlan& plan;
+    const fs::path& installDir;
+    install::WorkFolders folders;
+    std::vector<PlannedFile> files; // each path once
+};
+
 bool fail(std::string& error, std::string_view token, std::string_view detail = {}) {
     error = token;
     error += detail;
     return false;
 }
 
-// The files of a plan, each path once. A path that is named again with the same digest is the same
-// file; with another digest no installation could satisfy both.
-bool distinctFiles(const UpdatePlan& plan, std::vector<const ManifestFile*>& files,
-                   std::string& error) {
-    std::map<std::string, const ManifestFile*> seen;
+// By the raw marker: an installation without one may be given any version.
+bool isDowngrade(const fs::path& installDir, const UpdatePlan& plan) {
+    const std::string marker = install::readTextFile(install::versionMarkerFile(installDir));
+    return !marker.empty() && compareVersions(marker, plan.manifest.version) > 0;
+}
+
+std::string currentStamp() {
+    using namespace std::chrono;
+    const auto now = system_clock::now().time_since_epoch();
+    return std::to_string(duration_cast<milliseconds>(now).count());
+}
+
+// A path that is named again with the same digest is the same file; with another digest no
+// installation could satisfy both.
+bool listFiles(const UpdatePlan& plan, std::vector<PlannedFile>& files, std::string& error) {
+    std::map<fs::path::string_type, const ManifestFile*> seen;
     for (const PlanFile& planFile : plan.files) {
         const ManifestFile& file = planFile.file;
-        const auto [entry, isNew] = seen.try_emplace(genericManifestPath(file.path), &file);
+        fs::path relative = relativePath(file.path);
+        const auto [entry, isNew] = seen.try_emplace(relative.native(), &file);
         if (isNew) {
-            files.push_back(&file);
+            files.push_back({&file, std::move(relative)});
         } else if (entry->second->sha256 != file.sha256) {
             return fail(error, "update_duplicate_path:", file.path);
         }
@@ -44,53 +73,24 @@ bool distinctFiles(const UpdatePlan& plan, std::vector<const ManifestFile*>& fil
     return true;
 }
 
-// The folders of one call. Both lie inside the installation, so that every move is a rename on one
-// volume, and bear the time in their names, so that nothing of an earlier attempt is ever reused.
-struct WorkFolders {
-    fs::path stage;
-    fs::path backup;
-
-    explicit WorkFolders(const fs::path& installDir) {
-        using namespace std::chrono;
-        const auto stamp =
-            duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-        const fs::path work = installDir / install::workFolderName;
-        stage = work / ("stage-" + std::to_string(stamp));
-        backup = work / ("backup-" + std::to_string(stamp));
-    }
-
-    bool make() const {
-        return install::makeFolders(install::systemPath(stage)) &&
-               install::makeFolders(install::systemPath(backup));
-    }
-
-    void removeStage() const {
-        // Its files have longer paths than the installation's. A stage folder that stays costs
-        // space and nothing else.
-        install::removeFolder(
-            install::withoutLimit(install::wideFromPath(fs::path(stage).make_preferred())));
-    }
-};
-
-// Downloads every file into the stage folder and checks its digest. Touches
-// nothing of the installation.
-bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files,
-           const std::string& serverUrl, const fs::path& stage, const ProgressCallback& progress,
+// Downloads every file into the stage folder and checks its digest. Touches nothing of the
+// installation.
+bool fetch(const Attempt& attempt, const std::string& serverUrl, const ProgressCallback& progress,
            std::string& error) {
-    const std::string channelUrl =
-        net::joinUrl(net::joinUrl(serverUrl, plan.manifest.channel), plan.manifest.platform);
+    const UpdateManifest& manifest = attempt.plan.manifest;
+    const std::uint64_t totalBytes = attempt.plan.totalBytes;
+    const std::string address = channelUrl(serverUrl, manifest.channel, manifest.platform);
     std::uint64_t completedBytes = 0;
-    for (const ManifestFile* file : files) {
-        const fs::path staged = stage / relativePath(file->path);
-        const std::string url = net::joinUrl(net::joinUrl(channelUrl, "files"), file->path);
+    for (const auto& [file, relative] : attempt.files) {
+        const fs::path staged = attempt.folders.stage / relative;
         std::uint64_t currentBytes = 0;
         const auto report = [&](std::uint64_t done, std::uint64_t) {
             currentBytes = done;
             if (progress) {
-                progress(completedBytes + done, plan.totalBytes);
+                progress(completedBytes + done, totalBytes);
             }
         };
-        if (!net::downloadToFile(url, staged, report, error)) {
+        if (!net::downloadToFile(fileUrl(address, file->path), staged, report, error)) {
             return false;
         }
         if (sha256File(staged) != file->sha256) {
@@ -98,46 +98,81 @@ bool fetch(const UpdatePlan& plan, const std::vector<const ManifestFile*>& files
         }
         completedBytes += std::max(file->size, currentBytes);
         if (progress) {
-            progress(std::min(completedBytes, plan.totalBytes), plan.totalBytes);
+            progress(std::min(completedBytes, totalBytes), totalBytes);
         }
     }
     return true;
 }
 
-bool move(const fs::path& from, const fs::path& to, DWORD flags) {
-    return ::MoveFileExW(install::systemPath(from).c_str(), install::systemPath(to).c_str(),
-                         flags) != 0;
+// As `fetch`; after a failure, memory that ran out among them, nothing that was staged stays.
+bool fetchOrTidy(const Attempt& attempt, const std::string& serverUrl,
+                 const ProgressCallback& progress, std::string& error) {
+    try {
+        if (fetch(attempt, serverUrl, progress, error)) {
+            return true;
+        }
+    } catch (...) {
+        system::removeFolder(attempt.folders.stage);
+        throw;
+    }
+    system::removeFolder(attempt.folders.stage);
+    return false;
 }
 
-// Moves one staged file into place and its predecessor into the backup folder.
-bool installFile(const ManifestFile& file, const fs::path& installDir, const WorkFolders& folders,
-                 Rollback& rollback, std::string& error) {
-    const fs::path relative = relativePath(file.path);
-    RollbackEntry entry{installDir / relative, {}};
-    const fs::path target = entry.target;
-    // once, as soon as there is something to undo
-    const auto record = [&] { rollback.add(std::move(entry)); };
-    if (!install::makeFolders(install::systemPath(target.parent_path()))) {
-        return fail(error, "update_destination_failed:", file.path);
+// Moves what is at the target into the backup folder.
+bool moveAside(const fs::path& target, const fs::path& backup, Rollback& rollback) {
+    // Made before the move, because recording it must not fail then.
+    RollbackEntry entry{target, backup};
+    system::makeFolders(backup.parent_path()); // a failure shows in the move
+    // A backup is never overwritten: where two names mean one file, the first backup is the
+    // player's.
+    if (!system::moveFile(target, backup)) {
+        return false;
     }
+    rollback.add(std::move(entry));
+    return true;
+}
 
-    const bool replaces = install::pathExists(target);
-    if (replaces) {
-        entry.backup = folders.backup / relative;
-        // a failure shows in the rename
-        install::makeFolders(install::systemPath(entry.backup.parent_path()));
-        // A backup is never overwritten: where two names mean one file, the first
-        // backup is the player's.
-        if (!move(target, entry.backup, 0)) {
-            return fail(error, "update_backup_failed:", file.path);
+// Moves a staged file to its target. A new one needs an entry of its own; one that replaces another
+// is undone by the entry of what was moved aside.
+bool moveIn(const fs::path& staged, const fs::path& target, bool isNew, Rollback& rollback) {
+    RollbackEntry entry{target, {}};
+    if (!system::replaceFile(staged, target)) {
+        return false;
+    }
+    if (isNew) {
+        rollback.add(std::move(entry));
+    }
+    return true;
+}
+
+bool installFile(const Attempt& attempt, const PlannedFile& planned, Rollback& rollback,
+                 std::string& error) {
+    const std::string& path = planned.file->path;
+    const fs::path target = attempt.installDir / planned.relative;
+    if (!system::makeFolders(target.parent_path())) {
+        return fail(error, "update_destination_failed:", path);
+    }
+    const bool isNew = !system::pathExists(target);
+    if (!isNew && !moveAside(target, attempt.folders.backup / planned.relative, rollback)) {
+        return fail(error, "update_backup_failed:", path);
+    }
+    if (!moveIn(attempt.folders.stage / planned.relative, target, isNew, rollback)) {
+        return fail(error, "update_install_failed:", path);
+    }
+    return true;
+}
+
+// Installs every file but the launcher, which stays staged and whose staged path is returned in
+// `launcher`; of several the last.
+bool installFiles(const Attempt& attempt, Rollback& rollback, fs::path& launcher,
+                  std::string& error) {
+    for (const PlannedFile& planned : attempt.files) {
+        if (planned.isLauncher()) {
+            launcher = attempt.folders.stage / planned.relative;
+        } else if (!installFile(attempt, planned, rollback, error)) {
+            return false;
         }
-        record();
-    }
-    if (!move(folders.stage / relative, target, MOVEFILE_REPLACE_EXISTING)) {
-        return fail(error, "update_install_failed:", file.path);
-    }
-    if (!replaces) {
-        record();
     }
     return true;
 }
@@ -149,52 +184,41 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
     if (stagedLauncher) {
         stagedLauncher->clear();
     }
-    // The raw marker: an installation without one may be given any version.
-    const std::string marker = install::readTextFile(install::versionMarkerFile(installDir));
-    if (!marker.empty() && compareVersions(marker, plan.manifest.version) > 0) {
+    if (isDowngrade(installDir, plan)) {
         return fail(error, "update_downgrade_blocked:", plan.manifest.version);
     }
     if (plan.files.empty()) {
         return true;
     }
 
-    std::vector<const ManifestFile*> files;
-    if (!distinctFiles(plan, files, error)) {
+    Attempt attempt{plan, installDir, install::workFolders(installDir, currentStamp()), {}};
+    if (!listFiles(plan, attempt.files, error)) {
         return false;
     }
-    const WorkFolders folders(installDir);
-    if (!folders.make()) {
+    const install::WorkFolders& folders = attempt.folders;
+    if (!system::makeFolders(folders.stage) || !system::makeFolders(folders.backup)) {
         return fail(error, "update_workdir_failed");
     }
-    try {
-        if (!fetch(plan, files, serverUrl, folders.stage, progress, error)) {
-            folders.removeStage();
-            return false;
-        }
-    } catch (...) {
-        folders.removeStage();
-        throw;
+    if (!fetchOrTidy(attempt, serverUrl, progress, error)) {
+        return false;
     }
 
-    Rollback rollback(files.size());
-    bool launcherStaged = false;
-    for (const ManifestFile* file : files) {
-        const fs::path relative = relativePath(file->path);
-        if (relative.filename() == install::launcherFileName) {
-            if (stagedLauncher) {
-                *stagedLauncher = folders.stage / relative;
-                launcherStaged = true;
-            }
-        } else if (!installFile(*file, installDir, folders, rollback, error)) {
-            return false;
-        }
+    Rollback rollback(attempt.files.size());
+    fs::path launcher;
+    if (!installFiles(attempt, rollback, launcher, error)) {
+        return false;
     }
     if (!install::writeInstalledVersion(installDir, plan.manifest.version)) {
         return fail(error, "version_marker_write_failed");
     }
     rollback.commit();
-    if (!launcherStaged) {
-        folders.removeStage();
+
+    // The update helper moves a staged launcher; a caller who doesn't ask for it has no helper.
+    const bool isHandedOver = stagedLauncher && !launcher.empty();
+    if (isHandedOver) {
+        *stagedLauncher = std::move(launcher);
+    } else {
+        system::removeFolder(folders.stage);
     }
     return true;
 }

@@ -5,10 +5,39 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <vector>
+#include <windows.h>
+
+#include <bcrypt.h>
 
 namespace ca::update {
 
 using Sha256Digest = std::array<unsigned char, 32>;
+
+// Characters of a digest's text: two hexadecimal digits a byte.
+inline constexpr std::size_t sha256TextLength = 2 * sizeof(Sha256Digest);
+
+// One running SHA-256 of the system's cryptography, over bytes that come in pieces. Owns its
+// handles; not copyable; belongs to one thread. After a false result it is of no more use.
+class Sha256 {
+public:
+    Sha256();
+    Sha256(const Sha256&) = delete;
+    Sha256& operator=(const Sha256&) = delete;
+    ~Sha256();
+
+    // False when the system's cryptography has refused to begin; nothing else may be called then.
+    explicit operator bool() const { return hash_ != nullptr; }
+
+    bool add(const void* data, std::size_t size);
+    // The last call: a further digest needs another object.
+    bool finish(Sha256Digest& digest);
+
+private:
+    BCRYPT_ALG_HANDLE provider_ = nullptr;
+    BCRYPT_HASH_HANDLE hash_ = nullptr;
+    std::vector<unsigned char> object_;
+};
 
 // False when the system's cryptography refuses.
 bool sha256Bytes(const void* data, std::size_t size, Sha256Digest& digest);

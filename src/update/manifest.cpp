@@ -1,5 +1,7 @@
 #include "update/manifest.h"
 
+#include "update/channel.h"
+#include "update/digest.h"
 #include "update/manifest_fields.h"
 #include "update/manifest_path.h"
 
@@ -8,8 +10,6 @@
 namespace ca::update {
 
 namespace {
-
-constexpr std::size_t digestLength = 64; // hexadecimal digits of a SHA-256 digest
 
 UpdateManifest readHeader(std::string_view text) {
     UpdateManifest manifest;
@@ -27,8 +27,8 @@ UpdateManifest readHeader(std::string_view text) {
 }
 
 bool isValidHeader(const UpdateManifest& manifest) {
-    return manifest.format == 1 && manifest.product == "cold-anchor" && !manifest.version.empty() &&
-           !manifest.platform.empty();
+    return manifest.format == manifestFormat && manifest.product == productName &&
+           !manifest.version.empty() && !manifest.platform.empty();
 }
 
 // Everything behind the first bracket that follows the key; empty when there is none.
@@ -84,7 +84,7 @@ bool readFile(std::string_view object, ManifestFile& file) {
     file.size = static_cast<std::uint64_t>(
         std::max<std::int64_t>(extractManifestInt(object, "size", 0), 0));
     file.executable = extractManifestBool(object, "executable");
-    return isSafeManifestPath(file.path) && file.sha256.size() == digestLength;
+    return isSafeManifestPath(file.path) && file.sha256.size() == sha256TextLength;
 }
 
 } // namespace

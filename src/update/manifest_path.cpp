@@ -1,25 +1,17 @@
 #include "update/manifest_path.h"
 
-#include "install/paths.h"
+#include "system/path.h"
+#include "system/text.h"
+#include "update/channel.h"
 
 #include <algorithm>
-#include <windows.h>
 
 namespace ca::update {
 
 namespace {
 
-constexpr std::size_t longestPath = 240; // bytes; the channel's own bound
-
 bool isSeparator(char c) {
     return c == '/' || c == '\\';
-}
-
-bool isUtf8(std::string_view text) {
-    const bool ascii =
-        std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; });
-    return ascii || ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
-                                          static_cast<int>(text.size()), nullptr, 0) != 0;
 }
 
 bool hasDotComponent(std::string_view generic) {
@@ -34,6 +26,14 @@ bool hasDotComponent(std::string_view generic) {
     return false;
 }
 
+bool isProtected(std::string_view generic) {
+    const auto reachesInto = [generic](std::string_view folder) {
+        return generic.starts_with(folder) && generic.substr(folder.size()).starts_with('/');
+    };
+    return generic == protectedFile ||
+           std::any_of(protectedFolders.begin(), protectedFolders.end(), reachesInto);
+}
+
 } // namespace
 
 std::string genericManifestPath(std::string_view path) {
@@ -46,22 +46,21 @@ std::string genericManifestPath(std::string_view path) {
 }
 
 bool isSafeManifestPath(std::string_view path) {
-    if (path.empty() || path.size() > longestPath || isSeparator(path.front())) {
+    if (path.empty() || path.size() > longestManifestPath || isSeparator(path.front())) {
         return false;
     }
     // No colon: neither drives nor alternate streams. No zero byte: the system's calls would see
     // another, shorter path.
-    if (path.find_first_of(std::string_view(":\0", 2)) != std::string_view::npos || !isUtf8(path)) {
+    if (path.find_first_of(std::string_view(":\0", 2)) != std::string_view::npos ||
+        !system::isUtf8(path)) {
         return false;
     }
     const std::string generic = genericManifestPath(path);
-    return !hasDotComponent(generic) && !generic.starts_with("save/") &&
-           !generic.starts_with("userdata/") && !generic.starts_with(".coldanchor-update/") &&
-           generic != "data/update_public_key.pem";
+    return !hasDotComponent(generic) && !isProtected(generic);
 }
 
 std::filesystem::path relativePath(std::string_view manifestPath) {
-    return install::pathFromUtf8(genericManifestPath(manifestPath));
+    return system::pathFromUtf8(genericManifestPath(manifestPath));
 }
 
 } // namespace ca::update

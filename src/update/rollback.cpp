@@ -1,9 +1,7 @@
 #include "update/rollback.h"
 
-#include "install/folders.h"
-#include "install/paths.h"
-
-#include <windows.h>
+#include "system/files.h"
+#include "system/folders.h"
 
 namespace ca::update {
 
@@ -11,13 +9,12 @@ namespace {
 
 void undo(const RollbackEntry& entry) {
     // No step is checked: a backup that can't go back stays in the backup folder.
-    ::DeleteFileW(install::systemPath(entry.target).c_str());
-    if (entry.backup.empty() || !install::pathExists(entry.backup)) {
+    system::removeFile(entry.target);
+    if (entry.backup.empty() || !system::pathExists(entry.backup)) {
         return;
     }
-    install::makeFolders(install::systemPath(entry.target.parent_path()));
-    ::MoveFileExW(install::systemPath(entry.backup).c_str(),
-                  install::systemPath(entry.target).c_str(), MOVEFILE_REPLACE_EXISTING);
+    system::makeFolders(entry.target.parent_path());
+    system::replaceFile(entry.backup, entry.target);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "update/signature.h"
 
 #include "install/text_file.h"
+#include "system/hex.h"
 #include "update/digest.h"
 #include "update/public_key.h"
 
@@ -23,19 +24,6 @@ struct DestroyKey {
 };
 using Provider = std::unique_ptr<std::remove_pointer_t<BCRYPT_ALG_HANDLE>, CloseProvider>;
 using Key = std::unique_ptr<std::remove_pointer_t<BCRYPT_KEY_HANDLE>, DestroyKey>;
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
 
 bool hasDigest(const std::string& keyText, std::string_view fingerprint) {
     Sha256Digest digest;
@@ -70,19 +58,7 @@ const char* verifyWithKey(std::vector<unsigned char>& blob, Sha256Digest& digest
 } // namespace
 
 bool decodeSignature(std::string_view text, std::vector<unsigned char>& bytes) {
-    if (text.empty() || text.size() % 2 != 0) {
-        return false;
-    }
-    bytes.reserve(text.size() / 2);
-    for (std::size_t at = 0; at < text.size(); at += 2) {
-        const int high = hexDigit(text[at]);
-        const int low = hexDigit(text[at + 1]);
-        if (high < 0 || low < 0) {
-            return false;
-        }
-        bytes.push_back(static_cast<unsigned char>(high << 4 | low));
-    }
-    return true;
+    return !text.empty() && system::bytesFromHex(text, bytes);
 }
 
 bool verifyManifestSignature(std::string_view manifest, std::string_view signature,

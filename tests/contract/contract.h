@@ -4,6 +4,9 @@
 
 #include "install/paths.h"
 #include "support/programs.h"
+#include "system/files.h"
+#include "system/path.h"
+#include "system/text.h"
 #include "unit/temporary_folder.h"
 
 #include <tuple>
@@ -18,6 +21,7 @@ inline constexpr bool onWindows = false;
 #endif
 
 using namespace install;
+using namespace system;
 
 // The program that the tests start; what it does stands in contract_child.cpp.
 inline std::filesystem::path childProgram() {

@@ -1,4 +1,4 @@
-#include "job/shared.h"
+#include "job/begin_update_job.h"
 #include "support/programs.h"
 
 #include "temporary_folder.h"

@@ -1,10 +1,12 @@
-#include "install/folders.h"
-#include "install/paths.h"
+#include "system/call_path.h"
+#include "system/files.h"
+#include "system/folders.h"
+#include "system/path.h"
 #include "temporary_folder.h"
 
 #include <gtest/gtest.h>
 
-using namespace ca::install;
+using namespace ca::system;
 namespace fs = std::filesystem;
 
 TEST(Paths, TakeTheFormWithoutALimitWhereTheyAreLong) {
@@ -18,18 +20,18 @@ TEST(Paths, TakeTheFormWithoutALimitWhereTheyAreLong) {
           Row(L"C:/" + tooLong + L"/x", L"\\\\?\\C:\\" + tooLong + L"\\x"),
           Row(L"\\\\?\\C:\\" + tooLong, L"\\\\?\\C:\\" + tooLong),
           Row(L"//server/share/" + tooLong, L"\\\\server\\share\\" + tooLong)}) {
-        EXPECT_EQ(systemPath(pathFromWide(path)), expected);
+        EXPECT_EQ(callPath(pathFromWide(path)), expected);
     }
 }
 
 TEST(Paths, TellWhatStandsThere) {
     const ca::test::TemporaryFolder folder;
     const std::string deep = std::string(120, 'd') + "/" + std::string(120, 'e');
-    EXPECT_TRUE(makeFolders(systemPath(folder / deep / "folder")));
-    EXPECT_TRUE(makeFolders(systemPath(folder / deep / "folder")));
+    EXPECT_TRUE(makeFolders(folder / deep / "folder"));
+    EXPECT_TRUE(makeFolders(folder / deep / "folder"));
     ca::test::writeFile(folder / deep / "file", "text");
-    EXPECT_FALSE(makeFolders(systemPath(folder / deep / "file")));
-    EXPECT_FALSE(makeFolders(systemPath(folder / deep / "file/below/it")));
+    EXPECT_FALSE(makeFolders(folder / deep / "file"));
+    EXPECT_FALSE(makeFolders(folder / deep / "file/below/it"));
     std::error_code failed; // Wine makes no links
     fs::create_symlink("file", folder / deep / "link", failed);
     fs::create_directory_symlink("folder", folder / deep / "folder link", failed);
@@ -43,5 +45,5 @@ TEST(Paths, TellWhatStandsThere) {
         EXPECT_EQ(pathExists(folder / deep / name), exists) << name;
         EXPECT_EQ(isFile(folder / deep / name), file) << name;
     }
-    EXPECT_TRUE(failed || makeFolders(systemPath(folder / deep / "folder link/below")));
+    EXPECT_TRUE(failed || makeFolders(folder / deep / "folder link/below"));
 }

@@ -1,6 +1,6 @@
-#include "net/answer.h"
+#include "net/response.h"
 
-#include "install/paths.h"
+#include "system/text.h"
 
 #include <algorithm>
 
@@ -20,12 +20,12 @@ std::string textFrom(Query query) {
         return {};
     }
     text.erase(std::min(text.find(L'\0'), text.size())); // the zero that either call may count
-    return install::utf8FromPath(install::pathFromWide(text));
+    return system::utf8FromWide(text);
 }
 
 } // namespace
 
-std::string answerHead(const OpenRequest& open) {
+std::string responseHeaders(const OpenRequest& open) {
     return textFrom([&open](wchar_t* buffer, DWORD* size) {
         return ::WinHttpQueryHeaders(open.request.get(), WINHTTP_QUERY_RAW_HEADERS_CRLF,
                                      WINHTTP_HEADER_NAME_BY_INDEX, buffer, size,

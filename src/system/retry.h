@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <windows.h>
 
-namespace ca::install {
+namespace ca::system {
 
 // How long to go on, and how long to pause between two tries: the first pause, doubled
 // each time. Milliseconds.
@@ -40,4 +40,4 @@ bool withRetries(const RetryTimes& times, Operation operation) {
     }
 }
 
-} // namespace ca::install
+} // namespace ca::system

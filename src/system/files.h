@@ -1,0 +1,81 @@
+// Files: opened, asked about, moved, removed. Paths may have any length. Each call blocks on the
+// disk; any thread. Where one that changes something returns false, the calling thread's last
+// error says why, so that withRetries can judge it, and nothing has changed.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <windows.h>
+
+namespace ca::system {
+
+// Owns one open file and closes it on every way out of the call that opened it. Not copyable;
+// belongs to one thread.
+class FileHandle {
+public:
+    // Opens an existing file for reading front to back. Others may read, write, rename or delete
+    // it meanwhile.
+    static FileHandle openForReading(const std::filesystem::path& path);
+    // Makes the file, or empties the one that is there, for writing. Others may only read it
+    // meanwhile.
+    static FileHandle createForWriting(const std::filesystem::path& path);
+
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    ~FileHandle();
+
+    explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
+
+    // Up to `size` bytes from where the last read ended; 0 at the file's end and on a read error.
+    std::size_t read(void* buffer, std::size_t size) const;
+    // Writes all of it: false when the system takes less, as on a full disk.
+    bool write(const void* data, std::size_t size) const;
+    // Brings what was written to the disk.
+    bool flush() const;
+
+private:
+    explicit FileHandle(HANDLE handle) : handle_(handle) {}
+
+    HANDLE handle_;
+};
+
+// Whether something of any kind is there; whether a file is. Links are followed. A path whose
+// status can't be read counts as absent.
+bool pathExists(const std::filesystem::path& path);
+bool isFile(const std::filesystem::path& path);
+
+// Whether nothing is there, and the system says so. A link counts as something, wherever it leads.
+bool isMissing(const std::filesystem::path& path);
+
+// Whether the path itself is a link to somewhere else; a link on the way would lead a write or a
+// removal out of the installation. False also for what is missing, and when the system doesn't
+// tell.
+bool isLink(const std::filesystem::path& path);
+
+// Whether the system recognises the file as a 64-bit program. False leaves a last error only where
+// the file couldn't be judged.
+bool isProgram(const std::filesystem::path& file);
+
+// Renames a file or a folder, on one volume. `moveFile` fails when something is at `to`. The others
+// put a file in the place of one that may be there: the name `to` means the old or the new one at
+// every moment. `replaceFileThrough` returns once the rename has reached the disk.
+bool moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
+bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to);
+bool replaceFileThrough(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// Both make `to` and fail when something is there: a second name of the same file, where the volume
+// knows such names, or a copy. A copy that fails halfway may leave a part.
+bool linkFile(const std::filesystem::path& from, const std::filesystem::path& to);
+bool copyFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+bool removeFile(const std::filesystem::path& file);
+
+// Whether a new file of this name can be made: one is made, empty, and vanishes again. False
+// also when the name is taken.
+bool canMakeFile(const std::filesystem::path& file);
+
+// Brings the file's bytes to the disk, so that a power cut after a rename can't leave a name
+// without them.
+bool flushFile(const std::filesystem::path& file);
+
+} // namespace ca::system
