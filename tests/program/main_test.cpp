@@ -2,6 +2,7 @@
 // job, the game, the notes, the player's files and the drawing.
 #include "install/paths.h"
 #include "install/user_data.h"
+#include "job/begin_update_job.h"
 #include "launcher/frame_loop.h"
 #include "launcher/game.h"
 #include "launcher/notes.h"
@@ -77,9 +78,6 @@ void job::beginUpdateJob(Shared& shared, const std::filesystem::path&, const std
                          bool repair, bool elevated) {
     call(repair ? "repair" : "check", channel + (elevated ? " elevated" : ""));
     shared.state = writtenByJob;
-}
-job::SharedSnapshot job::snapshotShared(Shared& shared) {
-    return shared.state;
 }
 std::string launcher::loadLocalPatchNotes(const std::filesystem::path&) {
     call("readNotes");
