@@ -1,50 +1,37 @@
 #include "install/work_folders.h"
 
-#include "install/paths.h"
-#include "system/path.h"
-
-#include <iterator>
-#include <string_view>
-
 namespace ca::install {
-
-namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view stagePrefix = "stage-";
-constexpr std::string_view backupPrefix = "backup-";
+constexpr std::wstring_view stagePrefix = L"stage-";
+constexpr std::wstring_view backupPrefix = L"backup-";
 
-// The stamp in a stage folder's name; empty for any other name.
-std::string stampOf(const fs::path& stageName) {
-    const std::string name = system::utf8FromPath(stageName);
-    if (!name.starts_with(stagePrefix)) {
+std::wstring stampBehind(std::wstring_view prefix, std::wstring_view name) {
+    if (!name.starts_with(prefix)) {
         return {};
     }
-    const std::string stamp = name.substr(stagePrefix.size());
-    const bool isNumber = stamp.find_first_not_of("0123456789") == std::string::npos;
-    return isNumber ? stamp : std::string();
+    const std::wstring_view stamp = name.substr(prefix.size());
+    const bool isNumber = stamp.find_first_not_of(L"0123456789") == std::wstring_view::npos;
+    return isNumber ? std::wstring(stamp) : std::wstring();
 }
 
 } // namespace
 
-WorkFolders workFolders(const fs::path& installDir, const std::string& stamp) {
-    WorkFolders folders;
-    folders.work = installDir / workFolderName;
-    folders.stage = folders.work / (std::string(stagePrefix) + stamp);
-    folders.backup = folders.work / (std::string(backupPrefix) + stamp);
-    return folders;
+std::wstring stageFolderName(std::wstring_view stamp) {
+    return std::wstring(stagePrefix).append(stamp);
 }
 
-bool findWorkFolders(const fs::path& installDir, const fs::path& staged, WorkFolders& folders) {
-    const fs::path inside = staged.lexically_relative(installDir / workFolderName);
-    const bool namesFile = std::distance(inside.begin(), inside.end()) > 1 && inside.has_filename();
-    const std::string stamp = namesFile ? stampOf(*inside.begin()) : std::string();
-    if (stamp.empty()) {
-        return false;
-    }
-    folders = workFolders(installDir, stamp);
-    return true;
+std::wstring backupFolderName(std::wstring_view stamp) {
+    return std::wstring(backupPrefix).append(stamp);
+}
+
+std::wstring stampOfStage(std::wstring_view folderName) {
+    return stampBehind(stagePrefix, folderName);
+}
+
+std::wstring stampOfBackup(std::wstring_view folderName) {
+    return stampBehind(backupPrefix, folderName);
 }
 
 } // namespace ca::install

@@ -186,6 +186,9 @@ Contents Scenario::contents() const {
     const auto options = fs::directory_options::follow_directory_symlink;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(player, options)) {
         std::string name = entry.path().lexically_relative(player).string();
+        if (name == "game/.coldanchor-update/lock") {
+            continue; // stays from the first installation on, and is always empty
+        }
         if (name.starts_with("game/.coldanchor-update/")) {
             std::erase_if(name, [](char c) { return c >= '0' && c <= '9'; });
         }
