@@ -24,13 +24,13 @@ using namespace install;
 using namespace system;
 
 // The program that the tests start; what it does stands in contract_child.cpp.
-inline std::filesystem::path childProgram() {
+inline fs::path childProgram() {
     return executableDir() / "contract_child.exe";
 }
 
 // 0 or the last error; `process` gets the number and a handle of what was started.
-inline DWORD start(const std::filesystem::path& program, std::wstring line,
-                   const std::filesystem::path& folder, PROCESS_INFORMATION& process) {
+inline DWORD start(const fs::path& program, std::wstring line, const fs::path& folder,
+                   PROCESS_INFORMATION& process) {
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE,

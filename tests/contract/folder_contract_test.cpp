@@ -58,7 +58,7 @@ TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
 TEST(Folders, AreListedAndPathsMadeWhole) {
     const TemporaryFolder folder;
     writeFile(folder / u8"fé€", "");
-    std::filesystem::create_directory(folder / "sub");
+    fs::create_directory(folder / "sub");
     WIN32_FIND_DATAW entry{};
     std::vector<std::wstring> names;
     const HANDLE search = ::FindFirstFileW((wideFromPath(folder.path()) + L"/*").c_str(), &entry);
@@ -86,7 +86,7 @@ TEST(Folders, AreListedAndPathsMadeWhole) {
 
 TEST(Programs, AreTold) {
     const TemporaryFolder folder;
-    const auto kindOf = [&](const std::filesystem::path& file) {
+    const auto kindOf = [&](const fs::path& file) {
         DWORD kind = 99;
         ::SetLastError(0);
         return ::GetBinaryTypeW(wideFromPath(file).c_str(), &kind) ? kind : 1000 + ::GetLastError();
@@ -116,7 +116,7 @@ TEST(Programs, AreWaitedFor) {
     PROCESS_INFORMATION child{};
     ASSERT_EQ(start(childProgram(), line, folder.path(), child), 0U);
     const HANDLE process = ::OpenProcess(rights, FALSE, child.dwProcessId);
-    EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
+    EXPECT_TRUE(eventually([&] { return fs::exists(folder / "out"); }));
     EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
     const auto begun = [](HANDLE which) {
         FILETIME created{}, unused{};
@@ -124,7 +124,7 @@ TEST(Programs, AreWaitedFor) {
         return std::uint64_t{created.dwHighDateTime} << 32 | created.dwLowDateTime;
     };
     EXPECT_LE(begun(::GetCurrentProcess()), begun(process)) << "which the other one started";
-    std::filesystem::remove(folder / "out"); // and the child ends
+    fs::remove(folder / "out"); // and the child ends
     EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
     EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";
     EXPECT_TRUE(::CloseHandle(process));

@@ -5,7 +5,7 @@ using namespace ca::test;
 TEST(Processes, StartInTheirFolderWithTheirArguments) {
     const TemporaryFolder folder; // its name holds blanks and a letter beyond ASCII
     const auto program = folder / u8"prögräm €.exe";
-    std::filesystem::copy_file(childProgram(), program);
+    fs::copy_file(childProgram(), program);
     PROCESS_INFORMATION process{};
     const std::wstring line =
         L"\"" + wideFromPath(program) +
@@ -20,15 +20,15 @@ TEST(Processes, StartInTheirFolderWithTheirArguments) {
         << readFile(folder / "out");
     // Where there are zombies, nobody is left as one.
     const std::string entry = "/proc/" + std::to_string(process.dwProcessId);
-    EXPECT_TRUE(onWindows || eventually([&] { return !std::filesystem::exists(entry); }));
+    EXPECT_TRUE(onWindows || eventually([&] { return !fs::exists(entry); }));
 }
 
 TEST(Processes, AreRefusedWithTheReason) {
     const TemporaryFolder folder;
     const auto garbage = writeFile(folder / "garbage.exe", "no program, whatever its rights say");
-    std::filesystem::permissions(garbage, std::filesystem::perms::owner_all);
+    fs::permissions(garbage, fs::perms::owner_all);
     const auto locked = writeFile(folder / "locked.exe", "which Windows has no use for");
-    const auto started = [&](const std::filesystem::path& program, const char* where) {
+    const auto started = [&](const fs::path& program, const char* where) {
         PROCESS_INFORMATION process{};
         return start(program, L"x", folder / where, process);
     };

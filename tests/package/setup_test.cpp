@@ -11,7 +11,6 @@
 
 using namespace ca::test;
 using enum ca::job::JobState;
-namespace fs = std::filesystem;
 
 namespace {
 

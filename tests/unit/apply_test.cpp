@@ -10,7 +10,6 @@
 
 using namespace ca::update;
 using namespace ca::test;
-namespace fs = std::filesystem;
 
 // An installation of version 1 and a real server with the files of version 2.
 class Apply : public testing::Test {
