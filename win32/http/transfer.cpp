@@ -1,7 +1,7 @@
-#include "transfer.h"
+#include "http/transfer.h"
 
-#include "authorities.h"
-#include "curl_result.h"
+#include "http/authorities.h"
+#include "http/curl_result.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 // What the head of an HTTP response says: the few fields that the transfer acts on.
 #pragma once
 
-#include "inflate.h"
+#include "http/inflate.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "crypto.h"
+#include "crypto/openssl.h"
 
 #include <cstring>
 #include <cwchar>

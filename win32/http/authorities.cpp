@@ -1,4 +1,4 @@
-#include "authorities.h"
+#include "http/authorities.h"
 
 #include <openssl/ssl.h>
 

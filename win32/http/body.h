@@ -1,7 +1,7 @@
 // The body of a response on its way from libcurl to the reader, in memory of fixed size.
 #pragma once
 
-#include "inflate.h"
+#include "http/inflate.h"
 
 #include <cstdint>
 #include <memory>

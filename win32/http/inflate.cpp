@@ -1,4 +1,4 @@
-#include "inflate.h"
+#include "http/inflate.h"
 
 #include <new>
 #include <strings.h>

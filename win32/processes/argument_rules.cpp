@@ -1,4 +1,4 @@
-#include "command_line.h"
+#include "processes/argument_rules.h"
 
 #include <algorithm>
 

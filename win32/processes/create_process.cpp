@@ -1,6 +1,6 @@
-#include "child.h"
-#include "command_line.h"
 #include "host.h"
+#include "processes/argument_rules.h"
+#include "processes/child.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 // What WinHTTP's handles stand for.
 #pragma once
 
-#include "transfer.h"
+#include "http/transfer.h"
 
 #include <memory>
 #include <string>

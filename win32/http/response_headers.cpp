@@ -1,4 +1,4 @@
-#include "response_head.h"
+#include "http/response_headers.h"
 
 #include <charconv>
 #include <curl/curl.h>

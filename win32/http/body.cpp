@@ -1,4 +1,4 @@
-#include "body.h"
+#include "http/body.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
-#include "command_line.h"
 #include "host.h"
+#include "processes/argument_rules.h"
 
 #include <cstdlib>
 #include <cwchar>

@@ -1,5 +1,5 @@
 #include "host.h"
-#include "http_handles.h"
+#include "http/handles.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,9 +2,9 @@
 // buffer of fixed size, however long the body and however slow its reader.
 #pragma once
 
-#include "body.h"
-#include "curl_handles.h"
-#include "response_head.h"
+#include "http/body.h"
+#include "http/curl_handles.h"
+#include "http/response_headers.h"
 
 #include <curl/curl.h>
 #include <memory>

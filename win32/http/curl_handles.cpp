@@ -1,6 +1,6 @@
-#include "curl_handles.h"
+#include "http/curl_handles.h"
 
-#include "crypto.h"
+#include "crypto/openssl.h"
 
 #include <mutex>
 #include <utility>

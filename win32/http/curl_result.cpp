@@ -1,4 +1,4 @@
-#include "curl_result.h"
+#include "http/curl_result.h"
 
 #include <algorithm>
 #include <iterator>

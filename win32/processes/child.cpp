@@ -1,4 +1,4 @@
-#include "child.h"
+#include "processes/child.h"
 
 #include <cerrno>
 #include <csignal>
