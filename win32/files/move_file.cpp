@@ -1,24 +1,17 @@
-#include "host.h"
+#include "files/descriptor.h"
+#include "files/path.h"
+#include "files/status.h"
+#include "last_error.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace ca::win32;
 
-bool isFolder(const std::string& path) {
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-bool exists(const std::string& path) {
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0;
-}
+// Each returns 0 or an errno value.
 
 int renameWithoutReplacing(const std::string& from, const std::string& to) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
@@ -27,9 +20,9 @@ int renameWithoutReplacing(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return errno;
     }
-    // A file system without that flag: what is left is to look first, and another process
-    // could come in between.
-    if (exists(to)) {
+    // A file system without that flag: what is left is to look first, and another process could
+    // come in between.
+    if (typeOf(to) != 0) {
         return EEXIST;
     }
     return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
@@ -40,37 +33,39 @@ int moveFile(const std::string& from, const std::string& to, bool replace) {
     if (moved != EEXIST || !replace) {
         return moved;
     }
-    if (isFolder(from) || isFolder(to)) {
+    // The host would put a folder in the place of an empty one.
+    if (S_ISDIR(typeOf(from)) || S_ISDIR(typeOf(to))) {
         return EACCES;
     }
     return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-// The folder that `path` lies in, opened before anything changes: what can't be opened afterwards
-// can't be flushed, and a rename that has happened must not look like one that failed.
+// The folder that a path is in. Opened before anything changes: a folder that can't be opened
+// afterwards can't be flushed, and a rename that has happened must not look like one that failed.
 class ParentFolder {
 public:
-    explicit ParentFolder(const std::string& path) {
-        const std::size_t slash = path.find_last_of('/');
-        const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-        descriptor_ = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    }
-    ~ParentFolder() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    ParentFolder(const ParentFolder&) = delete;
-    ParentFolder& operator=(const ParentFolder&) = delete;
+    explicit ParentFolder(const std::string& path)
+        : descriptor_(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
 
-    // An errno, or 0. EINVAL: a file system that has nothing to flush for a folder.
+    // 0 or an errno value. EINVAL comes from a file system that has nothing to flush for a folder.
     int flush() const {
-        return descriptor_ < 0 || ::fsync(descriptor_) == 0 || errno == EINVAL ? 0 : errno;
+        const bool flushed = !descriptor_ || ::fsync(descriptor_.get()) == 0 || errno == EINVAL;
+        return flushed ? 0 : errno;
     }
 
 private:
-    int descriptor_ = -1;
+    const Descriptor descriptor_;
 };
+
+BOOL flushBoth(const ParentFolder& target, const ParentFolder& source) {
+    for (const ParentFolder* folder : {&target, &source}) {
+        const int failed = folder->flush();
+        if (failed != 0) {
+            return fail(errorFromErrno(failed));
+        }
+    }
+    return TRUE;
+}
 
 } // namespace
 
@@ -86,17 +81,11 @@ BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
     const ParentFolder targetFolder(*target);
     const ParentFolder sourceFolder(*source);
     const int moved = moveFile(*source, *target, (flags & MOVEFILE_REPLACE_EXISTING) != 0);
+    if (moved == ENOENT && typeOf(*source) != 0) {
+        return fail(ERROR_PATH_NOT_FOUND); // so a folder above the target is missing
+    }
     if (moved != 0) {
-        // ENOENT is the source's, or else of a folder above the target.
-        return moved == ENOENT && exists(*source) ? fail(ERROR_PATH_NOT_FOUND)
-                                                  : failOnPath(moved, *source);
+        return failOnPath(moved, *source);
     }
-    if ((flags & MOVEFILE_WRITE_THROUGH) != 0) {
-        for (const ParentFolder* folder : {&targetFolder, &sourceFolder}) {
-            if (const int flushed = folder->flush(); flushed != 0) {
-                return fail(errorFromErrno(flushed));
-            }
-        }
-    }
-    return TRUE;
+    return (flags & MOVEFILE_WRITE_THROUGH) != 0 ? flushBoth(targetFolder, sourceFolder) : TRUE;
 }

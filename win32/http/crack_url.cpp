@@ -1,4 +1,5 @@
-#include "host.h"
+#include "last_error.h"
+#include "text/utf8.h"
 
 #include <algorithm>
 #include <string_view>

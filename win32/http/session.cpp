@@ -1,5 +1,6 @@
-#include "host.h"
 #include "http/handles.h"
+#include "last_error.h"
+#include "text/utf8.h"
 
 #include <algorithm>
 #include <cstring>

@@ -7,11 +7,11 @@
 
 namespace ca::win32 {
 
-// Starts `program` (a path with a "/") with `arguments`, of which the first is its name, in a
-// session of its own, with the signal handling of a fresh process and no open file but the three
-// standard streams. `standardOutput` other than -1 takes the place of the second of them;
-// `folder` empty is the caller's. Returns 0 and sets `child`, or returns an errno value. The
-// child has to be waited for.
+// Starts `program` (a path with a "/") with `arguments`, of which the first is its name. It runs in
+// a session of its own, with the signal handling of a fresh process and no open file but the three
+// standard streams. `standardOutput`, a descriptor or -1, replaces the second of them; `folder` is
+// where it starts, or empty for the caller's folder. Returns 0 and sets `child`, or returns an
+// errno value and starts nothing. The child has to be waited for, or given to forgetChild.
 int startChild(const std::string& program, const std::vector<std::string>& arguments,
                const std::string& folder, int standardOutput, pid_t& child);
 

@@ -1,6 +1,8 @@
-#include "host.h"
+#include "last_error.h"
 #include "processes/argument_rules.h"
+#include "text/utf8.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cwchar>
 #include <fstream>
@@ -11,17 +13,29 @@ namespace {
 
 using namespace ca::win32;
 
-// The kernel keeps the arguments with a zero byte behind each.
 std::string readOwnCommandLine() {
     std::ifstream file("/proc/self/cmdline", std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
+    // The kernel keeps the arguments with a zero byte behind each. The first is the program's
+    // name, in which no character can be escaped.
     std::string line;
-    for (std::size_t at = 0; at < text.size();
-         at += std::string_view(text.c_str() + at).size() + 1) {
-        const std::string_view argument = text.c_str() + at;
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const std::string_view argument = rest.substr(0, rest.find('\0'));
         line += line.empty() ? '"' + std::string(argument) + '"' : ' ' + quoteArgument(argument);
+        rest.remove_prefix(std::min(argument.size() + 1, rest.size()));
     }
     return line;
+}
+
+// Bytes for the pointers, the null behind them and the texts. No text has more wide characters than
+// it has bytes.
+std::size_t blockSize(const std::vector<std::string>& arguments) {
+    std::size_t size = (arguments.size() + 1) * sizeof(LPWSTR);
+    for (const std::string& argument : arguments) {
+        size += (argument.size() + 1) * sizeof(wchar_t);
+    }
+    return size;
 }
 
 } // namespace
@@ -38,13 +52,9 @@ LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count) {
     if (!line) {
         return nullptr;
     }
-    // One block holds the pointers and, behind them, the texts.
+    // One block holds the pointers and, behind them, the texts, because LocalFree frees them all.
     const std::vector<std::string> arguments = splitCommandLine(*line, true);
-    std::size_t size = (arguments.size() + 1) * sizeof(LPWSTR);
-    for (const std::string& argument : arguments) {
-        size += (argument.size() + 1) * sizeof(wchar_t); // no text has more characters than bytes
-    }
-    auto** pointers = static_cast<LPWSTR*>(std::malloc(size));
+    auto** pointers = static_cast<LPWSTR*>(std::malloc(blockSize(arguments)));
     if (pointers == nullptr) {
         fail(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
@@ -60,9 +70,4 @@ LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count) {
     pointers[index] = nullptr;
     *count = static_cast<int>(arguments.size());
     return pointers;
-}
-
-HANDLE LocalFree(HANDLE memory) {
-    std::free(memory);
-    return nullptr;
 }

@@ -1,12 +1,11 @@
-#include "host.h"
+#include "files/path.h"
+#include "files/status.h"
+#include "handle.h"
 #include "processes/argument_rules.h"
 #include "processes/child.h"
+#include "text/utf8.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <new>
-#include <sys/stat.h>
 
 namespace {
 
@@ -16,16 +15,16 @@ using namespace ca::win32;
 class StartedProgram : public Object {};
 
 bool isZeroed(const STARTUPINFOW& startup) {
-    STARTUPINFOW zeroed{};
-    zeroed.cb = sizeof(zeroed);
-    return startup.cb == zeroed.cb && startup.lpReserved == nullptr &&
+    return startup.cb == sizeof(startup) && startup.lpReserved == nullptr &&
            startup.lpDesktop == nullptr && startup.lpTitle == nullptr && startup.dwFlags == 0 &&
            startup.cbReserved2 == 0 && startup.lpReserved2 == nullptr;
 }
 
-bool isFolder(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+// A relative path counts from the caller's folder, but the program's own is entered before the
+// program is run.
+std::string absolutePath(const std::string& path) {
+    std::error_code ignored; // an absolute path, the only kind that the launcher passes, can't fail
+    return std::filesystem::absolute(path, ignored).native();
 }
 
 } // namespace
@@ -39,7 +38,7 @@ BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUT
         startup == nullptr || !isZeroed(*startup) || process == nullptr) {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    std::optional<std::string> program = toPath(application);
+    const std::optional<std::string> program = toPath(application);
     const std::optional<std::string> line = toUtf8(commandLine == nullptr ? L"" : commandLine);
     const std::optional<std::string> start = toUtf8(folder == nullptr ? L"" : folder);
     if (!program || !line || !start) {
@@ -48,22 +47,19 @@ BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUT
     if (!start->empty() && !isFolder(*start)) {
         return fail(ERROR_DIRECTORY);
     }
-    // A relative path counts from the caller's folder, but the program's is
-    // entered before it is run.
-    std::error_code ignored; // an absolute path, the only kind that the launcher passes, can't fail
-    const std::filesystem::path absolute = std::filesystem::absolute(*program, ignored);
     const std::vector<std::string> arguments =
         line->empty() ? std::vector<std::string>{*program} : splitCommandLine(*line, true);
+    // Made first: once the program runs, nothing may fail any more.
     auto programHandle = std::make_unique<StartedProgram>();
     auto threadHandle = std::make_unique<StartedProgram>();
+    const std::string path = absolutePath(*program);
     pid_t child = 0;
-    const int failed = startChild(absolute.native(), arguments, *start, -1, child);
+    const int failed = startChild(path, arguments, *start, -1, child);
     if (failed != 0) {
-        return failOnPath(failed, absolute.native());
+        return failOnPath(failed, path);
     }
     forgetChild(child);
-    *process = {static_cast<Object*>(programHandle.release()),
-                static_cast<Object*>(threadHandle.release()), static_cast<DWORD>(child),
-                static_cast<DWORD>(child)};
+    const auto id = static_cast<DWORD>(child); // also the number of its first thread
+    *process = {handleOf(std::move(programHandle)), handleOf(std::move(threadHandle)), id, id};
     return TRUE;
 }

@@ -1,7 +1,11 @@
-#include "host.h"
+#include "files/descriptor.h"
+#include "files/path.h"
+#include "last_error.h"
 #include "processes/argument_rules.h"
 #include "processes/child.h"
+#include "text/utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -9,8 +13,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <shellapi.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -32,13 +34,14 @@ constexpr const char* startingShell =
 constexpr std::array screenVariables = {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY",
                                         "XDG_RUNTIME_DIR", "XDG_SESSION_TYPE"};
 
+// Asked beforehand, because a shell that doesn't find it ends like a refused prompt.
 bool hasPkexec() {
     const char* path = std::getenv("PATH");
     std::string_view rest = path == nullptr ? "" : path;
     while (!rest.empty()) {
-        const std::string_view folder = rest.substr(0, rest.find(':'));
+        const std::string folder(rest.substr(0, rest.find(':')));
         rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
-        if (!folder.empty() && ::access((std::string(folder) + "/pkexec").c_str(), X_OK) == 0) {
+        if (!folder.empty() && ::access((folder + "/pkexec").c_str(), X_OK) == 0) {
             return true;
         }
     }
@@ -48,16 +51,13 @@ bool hasPkexec() {
 std::vector<std::string> commandFor(const std::string& program, const std::string& parameters) {
     std::vector<std::string> command = {shell, "-c", waitingShell, shell, "env"};
     for (const char* variable : screenVariables) {
-        if (const char* value = std::getenv(variable)) {
+        const char* value = std::getenv(variable);
+        if (value != nullptr) {
             command.push_back(std::string(variable) + "=" + value);
         }
     }
     const std::string folder = std::filesystem::path(program).parent_path().native();
-    for (const std::string& word :
-         {std::string(shell), std::string("-c"), std::string(startingShell), std::string(shell),
-          folder, program}) {
-        command.push_back(word);
-    }
+    command.insert(command.end(), {shell, "-c", startingShell, shell, folder, program});
     for (std::string& argument : splitCommandLine(parameters, false)) {
         command.push_back(std::move(argument));
     }
@@ -80,15 +80,18 @@ INT runElevated(const std::string& program, const std::string& parameters) {
         fail(errorFromErrno(errno));
         return SE_ERR_OOM;
     }
+    const Descriptor readingEnd(ends[0]);
+    Descriptor writingEnd(ends[1]);
     pid_t child = 0;
-    const int failed = startChild(shell, commandFor(program, parameters), "", ends[1], child);
-    ::close(ends[1]);
-    const bool started = failed == 0 && wasStarted(ends[0]);
-    ::close(ends[0]);
+    const int failed =
+        startChild(shell, commandFor(program, parameters), "", writingEnd.get(), child);
     if (failed != 0) {
         fail(errorFromErrno(failed));
         return SE_ERR_OOM;
     }
+    // Otherwise the reading would never end when nobody else can write any more.
+    writingEnd.close();
+    const bool started = wasStarted(readingEnd.get());
     forgetChild(child);
     if (!started) {
         fail(ERROR_ACCESS_DENIED);

@@ -1,8 +1,6 @@
-#include "host.h"
+#include "last_error.h"
 
 #include <cerrno>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -13,6 +11,8 @@ struct ErrorRow {
     DWORD error;
 };
 
+// In the order of the host's numbers. A number that isn't here becomes ERROR_GEN_FAILURE, which the
+// launcher doesn't try again: no number of its own means that nothing is known to pass by itself.
 constexpr ErrorRow errorTable[] = {
     {EPERM, ERROR_ACCESS_DENIED},
     {ENOENT, ERROR_FILE_NOT_FOUND},
@@ -46,6 +46,7 @@ constexpr ErrorRow errorTable[] = {
 DWORD GetLastError() {
     return lastError;
 }
+
 void SetLastError(DWORD error) {
     lastError = error;
 }
@@ -64,19 +65,6 @@ DWORD errorFromErrno(int number) {
 BOOL fail(DWORD error) {
     lastError = error;
     return FALSE;
-}
-
-BOOL failOnPath(int number, const std::string& path) {
-    if (number == ENOENT) {
-        // The host says ENOENT for both; Windows callers tell a file to be made
-        // from a folder to be made.
-        const std::size_t slash = path.find_last_of('/');
-        const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-        struct stat status {};
-        return fail(::stat(folder.c_str(), &status) == 0 ? ERROR_FILE_NOT_FOUND
-                                                         : ERROR_PATH_NOT_FOUND);
-    }
-    return fail(errorFromErrno(number));
 }
 
 } // namespace ca::win32

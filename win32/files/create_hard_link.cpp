@@ -1,0 +1,18 @@
+#include "files/path.h"
+#include "last_error.h"
+
+#include <unistd.h>
+
+using namespace ca::win32;
+
+BOOL CreateHardLinkW(LPCWSTR link, LPCWSTR existing, LPSECURITY_ATTRIBUTES security) {
+    if (security != nullptr) {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    const std::optional<std::string> name = toPath(link);
+    const std::optional<std::string> file = toPath(existing);
+    if (!name || !file) {
+        return FALSE;
+    }
+    return resultOnPath(::link(file->c_str(), name->c_str()), *file);
+}
