@@ -1,5 +1,4 @@
 #include "last_error.h"
-#include "text/utf8.h"
 
 #include <cstring>
 #include <string_view>
@@ -7,6 +6,8 @@
 #include <wincrypt.h>
 
 namespace {
+
+using namespace ca::win32;
 
 constexpr int noDigit = -1;
 
@@ -17,7 +18,7 @@ int digitOf(char character) {
     return place == std::string_view::npos ? noDigit : static_cast<int>(place);
 }
 
-// What lies between the marker lines; false without both of them.
+// The text between the marker lines; false without both of them.
 bool findBody(std::string_view text, std::string_view& body) {
     constexpr std::string_view begin = "-----BEGIN ";
     constexpr std::string_view end = "-----END ";
@@ -39,8 +40,12 @@ bool findBody(std::string_view text, std::string_view& body) {
     return true;
 }
 
-// As lenient as Windows: the padding may be missing, what is behind it doesn't count, and digits
-// left over at the end make a byte of the bits they have.
+bool isWhitespace(char character) {
+    return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+}
+
+// As lenient as Windows: the padding may be missing, the text behind it doesn't count, and a digit
+// left over at the end makes a byte of the bits it has.
 bool decode(std::string_view body, std::vector<BYTE>& bytes) {
     unsigned bits = 0;
     int bitCount = 0;
@@ -48,7 +53,7 @@ bool decode(std::string_view body, std::vector<BYTE>& bytes) {
         if (character == '=') {
             break;
         }
-        if (std::strchr(" \t\r\n", character) != nullptr && character != '\0') {
+        if (isWhitespace(character)) {
             continue;
         }
         const int digit = digitOf(character);
@@ -72,25 +77,25 @@ bool decode(std::string_view body, std::vector<BYTE>& bytes) {
 
 BOOL CryptStringToBinaryA(LPCSTR text, DWORD length, DWORD format, BYTE* binary, DWORD* size,
                           DWORD* skip, DWORD* usedFormat) {
-    using ca::win32::fail;
     if (text == nullptr || format != CRYPT_STRING_BASE64HEADER || size == nullptr ||
         skip != nullptr || usedFormat != nullptr) {
         return fail(ERROR_INVALID_PARAMETER);
     }
+    const std::string_view given =
+        length == 0 ? std::string_view(text) : std::string_view(text, length);
     std::string_view body;
     std::vector<BYTE> bytes;
-    if (!findBody(length == 0 ? std::string_view(text) : std::string_view(text, length), body) ||
-        !decode(body, bytes)) {
+    if (!findBody(given, body) || !decode(body, bytes)) {
         return fail(ERROR_INVALID_DATA);
     }
-    const auto needed = static_cast<DWORD>(bytes.size());
+    // Without a buffer the caller asks for the size alone, and `*size` needn't hold anything.
+    const bool fits = binary == nullptr || *size >= bytes.size();
+    *size = static_cast<DWORD>(bytes.size());
+    if (!fits) {
+        return fail(ERROR_MORE_DATA);
+    }
     if (binary != nullptr) {
-        if (*size < needed) {
-            *size = needed;
-            return fail(ERROR_MORE_DATA);
-        }
         std::memcpy(binary, bytes.data(), bytes.size());
     }
-    *size = needed;
     return TRUE;
 }
