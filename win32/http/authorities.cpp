@@ -15,7 +15,7 @@ X509_STORE* makeStore() {
 }
 
 CURLcode useStore(CURL*, void* context, void*) {
-    // never freed: a transfer may be under way while the process ends
+    // Never freed: a transfer may be under way while the process ends.
     static X509_STORE* const store = makeStore();
     if (store == nullptr) {
         return CURLE_OUT_OF_MEMORY;
@@ -27,8 +27,8 @@ CURLcode useStore(CURL*, void* context, void*) {
 } // namespace
 
 void useHostAuthorities(CURL* easy) {
-    // A libcurl on another TLS library refuses the function, and then reads the
-    // authorities by itself.
+    // A libcurl on another TLS library refuses the function, and then reads the authorities by
+    // itself.
     if (::curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &useStore) == CURLE_OK) {
         ::curl_easy_setopt(easy, CURLOPT_CAINFO, nullptr);
         ::curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);

@@ -13,11 +13,11 @@ namespace ca::win32 {
 class Body {
 public:
     Body() = default;
-    // `size` is that of the bytes to come, if it is known; `coding` is undone.
+    // `size` is the number of bytes to come, if it is known; `coding` is undone.
     Body(std::optional<std::uint64_t> size, Coding coding);
 
-    // Keeps bytes that have come, without what lies beyond the body's size. False, and none kept,
-    // if there is no room. Throws std::bad_alloc.
+    // Keeps bytes that have come, but none beyond the body's size. False, and none kept, if there
+    // is no room. Throws std::bad_alloc.
     bool take(std::span<const char> bytes);
 
     // Bytes for the reader, valid until the next call; empty if more have to come first. False in
@@ -27,19 +27,19 @@ public:
     void drop(std::size_t count);
 
     // Whether all bytes of a body of known size have come.
-    bool whole() const { return bytesLeft == 0; }
+    bool whole() const { return bytesLeft_ == 0; }
     // Whether take() has kept bytes that front() hasn't used up.
-    bool holds() const { return receivedBegin < receivedEnd; }
+    bool holds() const { return receivedBegin_ < receivedEnd_; }
 
 private:
-    std::optional<std::uint64_t> bytesLeft;
-    std::unique_ptr<Inflater> inflater;
-    std::unique_ptr<char[]> received;
-    std::unique_ptr<char[]> decoded;
-    std::size_t receivedBegin = 0;
-    std::size_t receivedEnd = 0;
-    std::size_t decodedBegin = 0;
-    std::size_t decodedEnd = 0;
+    std::optional<std::uint64_t> bytesLeft_;
+    std::unique_ptr<Inflater> inflater_;
+    std::unique_ptr<char[]> received_;
+    std::unique_ptr<char[]> decoded_;
+    std::size_t receivedBegin_ = 0;
+    std::size_t receivedEnd_ = 0;
+    std::size_t decodedBegin_ = 0;
+    std::size_t decodedEnd_ = 0;
 };
 
 } // namespace ca::win32

@@ -1,5 +1,5 @@
 #include "last_error.h"
-#include "text/utf8.h"
+#include "text/ignore_case.h"
 
 #include <algorithm>
 #include <string_view>
@@ -7,7 +7,7 @@
 
 namespace {
 
-using ca::win32::fail;
+using namespace ca::win32;
 
 constexpr INTERNET_PORT httpPort = 80;
 constexpr INTERNET_PORT httpsPort = 443;
@@ -23,14 +23,8 @@ struct Parts {
     INTERNET_PORT port = 0;
 };
 
-bool equalsIgnoringCase(std::wstring_view text, std::wstring_view lower) {
-    return std::equal(
-        text.begin(), text.end(), lower.begin(), lower.end(), [](wchar_t a, wchar_t b) {
-            return (a >= L'A' && a <= L'Z' ? static_cast<wchar_t>(a - L'A' + L'a') : a) == b;
-        });
-}
-
-// What stands before `end` of `text`, which then begins with `end` or is empty.
+// The part of `text` before the first of the characters in `ends`. `text` then begins with that
+// character or is empty.
 std::wstring_view takeUpTo(std::wstring_view& text, std::wstring_view ends) {
     const std::wstring_view taken = text.substr(0, text.find_first_of(ends));
     text.remove_prefix(taken.size());
@@ -56,15 +50,23 @@ bool readPort(std::wstring_view text, INTERNET_PORT& port) {
     return text.front() == L':';
 }
 
-bool readAuthority(std::wstring_view authority, Parts& parts) {
+// Cuts the user and the password, which nothing but the "@" behind them tells from a host, off the
+// front of `authority`.
+void takeUser(std::wstring_view& authority, Parts& parts) {
     const std::size_t at = authority.find(L'@');
-    if (at != std::wstring_view::npos) {
-        std::wstring_view user = authority.substr(0, at);
-        parts.user = takeUpTo(user, L":");
-        parts.password = user.empty() ? user : user.substr(1);
-        authority.remove_prefix(at + 1);
+    if (at == std::wstring_view::npos) {
+        return;
     }
+    std::wstring_view user = authority.substr(0, at);
+    parts.user = takeUpTo(user, L":");
+    parts.password = user.empty() ? user : user.substr(1);
+    authority.remove_prefix(at + 1);
+}
+
+bool readAuthority(std::wstring_view authority, Parts& parts) {
+    takeUser(authority, parts);
     std::size_t hostEnd = authority.find(L':');
+    // The colons of an IPv6 address don't begin a port.
     if (authority.starts_with(L'[')) {
         const std::size_t bracket = authority.find(L']');
         if (bracket == std::wstring_view::npos || bracket == 1) {
@@ -77,19 +79,24 @@ bool readAuthority(std::wstring_view authority, Parts& parts) {
     return !parts.host.empty() && readPort(authority, parts.port);
 }
 
-DWORD crack(std::wstring_view url, Parts& parts) {
-    const std::size_t colon = url.find(L':');
-    parts.scheme = url.substr(0, colon);
-    if (colon == std::wstring_view::npos) {
-        return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
-    }
-    if (equalsIgnoringCase(parts.scheme, L"http")) {
+bool readScheme(std::wstring_view scheme, Parts& parts) {
+    parts.scheme = scheme;
+    if (equalIgnoringCase(scheme, L"http")) {
         parts.number = INTERNET_SCHEME_HTTP;
         parts.port = httpPort;
-    } else if (equalsIgnoringCase(parts.scheme, L"https")) {
+        return true;
+    }
+    if (equalIgnoringCase(scheme, L"https")) {
         parts.number = INTERNET_SCHEME_HTTPS;
         parts.port = httpsPort;
-    } else {
+        return true;
+    }
+    return false;
+}
+
+DWORD crack(std::wstring_view url, Parts& parts) {
+    const std::size_t colon = url.find(L':');
+    if (colon == std::wstring_view::npos || !readScheme(url.substr(0, colon), parts)) {
         return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
     }
     url.remove_prefix(colon + 1);
@@ -105,26 +112,31 @@ DWORD crack(std::wstring_view url, Parts& parts) {
     return ERROR_SUCCESS;
 }
 
-void give(std::wstring_view part, LPWSTR& pointer, DWORD& length) {
+// A part that nobody asked for has a length of 0.
+void setPart(std::wstring_view part, LPWSTR& pointer, DWORD& length) {
     if (length != 0) {
-        // as the SDK types a pointer into the caller's own text
+        // The SDK's type for a pointer into the caller's own text.
         pointer = const_cast<LPWSTR>(part.data());
         length = static_cast<DWORD>(part.size());
     }
+}
+
+bool asksForPointersOnly(const URL_COMPONENTS& parts) {
+    return parts.lpszScheme == nullptr && parts.lpszHostName == nullptr &&
+           parts.lpszUserName == nullptr && parts.lpszPassword == nullptr &&
+           parts.lpszUrlPath == nullptr && parts.lpszExtraInfo == nullptr;
 }
 
 } // namespace
 
 BOOL WinHttpCrackUrl(LPCWSTR url, DWORD length, DWORD flags, LPURL_COMPONENTS parts) {
     if (url == nullptr || parts == nullptr || parts->dwStructSize != sizeof(*parts) || flags != 0 ||
-        parts->lpszScheme != nullptr || parts->lpszHostName != nullptr ||
-        parts->lpszUserName != nullptr || parts->lpszPassword != nullptr ||
-        parts->lpszUrlPath != nullptr || parts->lpszExtraInfo != nullptr) {
+        !asksForPointersOnly(*parts)) {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    Parts found;
     const std::wstring_view text =
         length == 0 ? std::wstring_view(url) : std::wstring_view(url, length);
+    Parts found;
     const DWORD error = crack(text, found);
     if (error != ERROR_SUCCESS) {
         return fail(error);
@@ -133,12 +145,12 @@ BOOL WinHttpCrackUrl(LPCWSTR url, DWORD length, DWORD flags, LPURL_COMPONENTS pa
         // Nobody asked for the query alone, so it stays with the path.
         found.path = text.substr(text.size() - found.path.size() - found.extra.size());
     }
-    give(found.scheme, parts->lpszScheme, parts->dwSchemeLength);
-    give(found.user, parts->lpszUserName, parts->dwUserNameLength);
-    give(found.password, parts->lpszPassword, parts->dwPasswordLength);
-    give(found.host, parts->lpszHostName, parts->dwHostNameLength);
-    give(found.path, parts->lpszUrlPath, parts->dwUrlPathLength);
-    give(found.extra, parts->lpszExtraInfo, parts->dwExtraInfoLength);
+    setPart(found.scheme, parts->lpszScheme, parts->dwSchemeLength);
+    setPart(found.user, parts->lpszUserName, parts->dwUserNameLength);
+    setPart(found.password, parts->lpszPassword, parts->dwPasswordLength);
+    setPart(found.host, parts->lpszHostName, parts->dwHostNameLength);
+    setPart(found.path, parts->lpszUrlPath, parts->dwUrlPathLength);
+    setPart(found.extra, parts->lpszExtraInfo, parts->dwExtraInfoLength);
     parts->nScheme = found.number;
     parts->nPort = found.port;
     return TRUE;

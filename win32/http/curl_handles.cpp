@@ -18,11 +18,13 @@ struct Idle {
 };
 
 Idle& idle() {
-    static Idle& kept = *new Idle; // never destroyed: a transfer may end while the process does
+    // Never destroyed: a transfer may end while the process does.
+    static Idle& kept = *new Idle;
     return kept;
 }
 
 void startCurl() {
+    // libcurl would start OpenSSL with its exit handler.
     [[maybe_unused]] static const CURLcode started = [] {
         startOpenSsl();
         return ::curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -36,29 +38,30 @@ CurlHandles::CurlHandles() {
     {
         const std::lock_guard lock(idle().mutex);
         if (!idle().pairs.empty()) {
-            std::tie(easy, multi) = idle().pairs.back();
+            std::tie(easy_, multi_) = idle().pairs.back();
             idle().pairs.pop_back();
             return;
         }
     }
-    easy = ::curl_easy_init();
-    multi = ::curl_multi_init();
+    easy_ = ::curl_easy_init();
+    multi_ = ::curl_multi_init();
 }
 
 CurlHandles::~CurlHandles() {
     if (*this) {
-        ::curl_easy_reset(easy);
+        // Options and callbacks go; what makes a later transfer faster stays.
+        ::curl_easy_reset(easy_);
         const std::lock_guard lock(idle().mutex);
         if (idle().pairs.size() < mostIdlePairs) {
-            idle().pairs.emplace_back(easy, multi);
+            idle().pairs.emplace_back(easy_, multi_);
             return;
         }
     }
-    if (easy != nullptr) {
-        ::curl_easy_cleanup(easy);
+    if (easy_ != nullptr) {
+        ::curl_easy_cleanup(easy_);
     }
-    if (multi != nullptr) {
-        ::curl_multi_cleanup(multi);
+    if (multi_ != nullptr) {
+        ::curl_multi_cleanup(multi_);
     }
 }
 

@@ -5,10 +5,10 @@
 
 namespace ca::win32 {
 
-// Takes a pair that an earlier transfer left behind, or makes one, and leaves it behind for
-// a later one. What stays in it from transfer to transfer is memory, resolved names (a
-// minute) and TLS sessions, but no connection and no option. Any thread; the pairs that
-// nobody uses are never freed.
+// Takes a pair that an earlier transfer left behind, or makes one, and leaves it behind for a later
+// one. What stays in it from transfer to transfer is memory, resolved names (a minute) and TLS
+// sessions, but no connection and no option. Any thread. Up to four pairs that nobody uses are kept
+// until the process ends.
 class CurlHandles {
 public:
     CurlHandles();
@@ -18,10 +18,14 @@ public:
     ~CurlHandles();
 
     // False if there was no memory for them.
-    explicit operator bool() const { return easy != nullptr && multi != nullptr; }
+    explicit operator bool() const { return easy_ != nullptr && multi_ != nullptr; }
 
-    CURL* easy = nullptr;
-    CURLM* multi = nullptr;
+    CURL* easy() const { return easy_; }
+    CURLM* multi() const { return multi_; }
+
+private:
+    CURL* easy_ = nullptr;
+    CURLM* multi_ = nullptr;
 };
 
 } // namespace ca::win32

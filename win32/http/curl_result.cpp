@@ -14,7 +14,7 @@ struct ResultRow {
 };
 
 constexpr ResultRow resultTable[] = {
-    // an answer that isn't HTTP
+    // a response that isn't HTTP
     {CURLE_UNSUPPORTED_PROTOCOL, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
     {CURLE_URL_MALFORMAT, ERROR_WINHTTP_INVALID_URL},
     {CURLE_COULDNT_RESOLVE_PROXY, ERROR_WINHTTP_NAME_NOT_RESOLVED},

@@ -1,4 +1,4 @@
-// libcurl's results in WinHTTP's words.
+// libcurl's results as WinHTTP's error numbers.
 #pragma once
 
 #include <curl/curl.h>

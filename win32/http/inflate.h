@@ -1,4 +1,4 @@
-// Content codings gzip and deflate, undone piece by piece in bounded memory.
+// The content codings gzip and deflate, undone piece by piece in bounded memory.
 #pragma once
 
 #include <cstddef>
@@ -28,13 +28,16 @@ public:
 
 private:
     struct Close {
-        void operator()(z_stream_s* stream) const;
+        void operator()(z_stream_s* opened) const;
     };
     void open(char firstByte);
+    bool beginsAgain(std::span<const char> input);
+    // One call of zlib's, which cuts what it used off the front of both; its result.
+    int step(std::span<const char>& input, std::span<char>& output);
 
-    std::unique_ptr<z_stream_s, Close> stream;
-    const Coding kind;
-    bool ended = false;
+    std::unique_ptr<z_stream_s, Close> stream_;
+    const Coding kind_;
+    bool ended_ = false;
 };
 
 } // namespace ca::win32

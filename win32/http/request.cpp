@@ -12,39 +12,57 @@ using namespace ca::win32;
 
 constexpr INTERNET_PORT defaultPort = 0; // the scheme's own, as WinHTTP's INTERNET_DEFAULT_PORT
 
-// What WinHTTP sends for the object's name: characters that RFC 2396 calls unwise, blanks,
-// controls and everything beyond ASCII as %XX, and the rest, an escape that is already there
-// included, as it stands.
+// Whether WinHTTP leaves a byte of the object's name as it is: all of ASCII but spaces, controls
+// and the characters that RFC 2396 calls unwise or delimiters.
+bool isSentAsItIs(unsigned char byte) {
+    return byte > 0x20 && byte < 0x7F && std::strchr("\"#<>[\\]^`{|}", byte) == nullptr;
+}
+
+// What WinHTTP sends for the object's name. An escape that is already there stays, because its
+// characters are sent as they are.
 std::string escapePath(const std::string& path) {
-    constexpr const char* hex = "0123456789ABCDEF";
+    constexpr const char* digits = "0123456789ABCDEF";
     std::string escaped = path.starts_with('/') ? "" : "/";
     for (const char character : path) {
         const auto byte = static_cast<unsigned char>(character);
-        if (byte > 0x20 && byte < 0x7F && std::strchr("\"#<>[\\]^`{|}", character) == nullptr) {
+        if (isSentAsItIs(byte)) {
             escaped += character;
         } else {
             escaped += '%';
-            escaped += hex[byte >> 4U];
-            escaped += hex[byte & 0xFU];
+            escaped += digits[byte >> 4U];
+            escaped += digits[byte & 0xFU];
         }
     }
     return escaped;
 }
 
-} // namespace
-
-Request* ca::win32::requestAt(HINTERNET handle, Request::Stage stage) {
-    auto* request = objectOf<Request>(handle);
-    if (request != nullptr && request->stage != stage) {
-        fail(ERROR_WINHTTP_INCORRECT_HANDLE_STATE);
-        return nullptr;
+std::string urlOf(const Connection& connection, bool secure, const std::string& path) {
+    std::string url = secure ? "https://" : "http://";
+    url += connection.host;
+    if (connection.port != defaultPort) {
+        url += ":" + std::to_string(connection.port);
     }
-    return request;
+    return url + escapePath(path);
 }
+
+TransferSettings settingsOf(const Request& request) {
+    const TransferOptions& options = request.options;
+    TransferSettings settings = request.settings;
+    // libcurl has one time-out for both. If either has no end, neither has their sum.
+    const bool bounded = options.resolveTimeout > 0 && options.connectTimeout > 0;
+    settings.connectTimeout = bounded ? long{options.resolveTimeout} + options.connectTimeout : 0;
+    settings.receiveTimeout = std::max(options.receiveTimeout, 0);
+    settings.redirectPolicy = options.redirectPolicy;
+    settings.decompression = options.decompression;
+    settings.onlyTls12 = options.onlyTls12;
+    return settings;
+}
+
+} // namespace
 
 HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version,
                              LPCWSTR referrer, LPCWSTR* acceptTypes, DWORD flags) {
-    const auto* opened = objectOf<Connection>(connection);
+    const auto* opened = internetObjectOf<Connection>(connection);
     if (opened == nullptr) {
         return nullptr;
     }
@@ -58,10 +76,7 @@ HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, L
         return nullptr;
     }
     auto request = std::make_unique<Request>();
-    request->settings.url = (flags & WINHTTP_FLAG_SECURE) != 0 ? "https://" : "http://";
-    request->settings.url += opened->host;
-    request->settings.url += opened->port == defaultPort ? "" : ":" + std::to_string(opened->port);
-    request->settings.url += escapePath(*name);
+    request->settings.url = urlOf(*opened, (flags & WINHTTP_FLAG_SECURE) != 0, *name);
     request->settings.userAgent = opened->userAgent;
     request->settings.proxyFromEnvironment = opened->proxyFromEnvironment;
     request->options = *opened->options;
@@ -78,33 +93,10 @@ BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength,
         totalLength != 0) {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    const TransferOptions& options = opened->options;
-    TransferSettings settings = opened->settings;
-    const bool bounded = options.resolveTimeout > 0 && options.connectTimeout > 0;
-    settings.connectTimeout = bounded ? long{options.resolveTimeout} + options.connectTimeout : 0;
-    settings.receiveTimeout = std::max(options.receiveTimeout, 0);
-    settings.redirectPolicy = options.redirectPolicy;
-    settings.decompression = options.decompression;
-    settings.onlyTls12 = options.onlyTls12;
-    opened->transfer = std::make_unique<Transfer>(std::move(settings));
+    opened->transfer = std::make_unique<Transfer>(settingsOf(*opened));
     if (!opened->transfer->send()) {
         return fail(opened->transfer->error());
     }
     opened->stage = Request::Stage::sent;
-    return TRUE;
-}
-
-BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved) {
-    auto* opened = requestAt(request, Request::Stage::sent);
-    if (opened == nullptr) {
-        return FALSE;
-    }
-    if (reserved != nullptr) {
-        return fail(ERROR_INVALID_PARAMETER);
-    }
-    if (!opened->transfer->receive()) {
-        return fail(opened->transfer->error());
-    }
-    opened->stage = Request::Stage::received;
     return TRUE;
 }

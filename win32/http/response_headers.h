@@ -1,4 +1,4 @@
-// What the head of an HTTP response says: the few fields that the transfer acts on.
+// What the headers of an HTTP response say: the few fields that the transfer acts on.
 #pragma once
 
 #include "http/inflate.h"
@@ -10,37 +10,38 @@
 
 namespace ca::win32 {
 
-class ResponseHead {
+class ResponseHeaders {
 public:
-    // One line as it came, with its line end. A status line begins anew: the one before
-    // belonged to an interim answer.
+    // One line as it came, with its line end. A status line starts over: the headers before it
+    // belonged to an interim response.
     void takeLine(std::string_view line);
     // The empty line has come, and the status is `code`.
     void finish(long code);
 
-    // Whether the head is whole and that of the answer proper.
-    bool complete() const { return finished; }
-    long status() const { return statusCode; }
+    // Whether the headers are complete and those of the final response.
+    bool complete() const { return finished_; }
+    long status() const { return status_; }
     // Every line as it came, the empty one included.
-    const std::string& text() const { return lines; }
-    const std::optional<std::string>& contentLength() const { return lengthText; }
-    Coding coding() const { return contentCoding; }
-    // How many bytes the body has, if the head tells; no byte beyond them belongs to it.
+    const std::string& text() const { return text_; }
+    // The field's value as it came, whether it is a number or not.
+    const std::optional<std::string>& contentLength() const { return contentLength_; }
+    Coding coding() const { return coding_; }
+    // How many bytes the body has, if the headers tell; no byte beyond them belongs to it.
     std::optional<std::uint64_t> bodySize() const;
-    // The place that a redirect names, empty for any other answer.
+    // The Location of a redirect, empty for any other response.
     std::string_view redirect() const;
 
 private:
-    long statusCode = 0;
-    std::optional<std::string> lengthText;
-    std::string location;
-    std::string lines;
-    Coding contentCoding = Coding::none;
-    bool chunked = false;
-    bool finished = false;
+    long status_ = 0;
+    std::optional<std::string> contentLength_;
+    std::string location_;
+    std::string text_;
+    Coding coding_ = Coding::none;
+    bool chunked_ = false;
+    bool finished_ = false;
 };
 
-// The address that `location` means when it comes from `base`, without user and password; empty
+// The address that `location` means in a response from `base`, without user and password; empty
 // unless it is http or https.
 std::string resolveLocation(const std::string& base, std::string_view location);
 
