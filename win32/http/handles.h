@@ -2,7 +2,7 @@
 #pragma once
 
 #include "handle.h"
-#include "http/transfer.h"
+#include "transfer/transfer.h"
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-#include "http/body.h"
+#include "transfer/body.h"
 
 #include <algorithm>
 #include <cstring>

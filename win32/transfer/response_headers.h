@@ -1,7 +1,7 @@
 // What the headers of an HTTP response say: the few fields that the transfer acts on.
 #pragma once
 
-#include "http/inflate.h"
+#include "transfer/inflate.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "http/curl_result.h"
+#include "transfer/curl_result.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "http/transfer.h"
+#include "transfer/transfer.h"
 
 #include <utility>
 #include <winhttp.h>

@@ -1,7 +1,7 @@
 // One GET from the first request to the last byte, with the redirects between.
 #pragma once
 
-#include "http/exchange.h"
+#include "transfer/exchange.h"
 
 namespace ca::win32 {
 

@@ -1,4 +1,4 @@
-#include "http/response_headers.h"
+#include "transfer/response_headers.h"
 
 #include "text/ignore_case.h"
 

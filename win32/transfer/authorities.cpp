@@ -1,4 +1,4 @@
-#include "http/authorities.h"
+#include "transfer/authorities.h"
 
 #include <openssl/ssl.h>
 

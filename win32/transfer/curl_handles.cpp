@@ -1,4 +1,4 @@
-#include "http/curl_handles.h"
+#include "transfer/curl_handles.h"
 
 #include "crypto/openssl.h"
 

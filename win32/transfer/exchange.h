@@ -2,10 +2,10 @@
 // memory in use is one buffer of fixed size, however long the body and however slow its reader.
 #pragma once
 
-#include "http/body.h"
-#include "http/curl_handles.h"
-#include "http/curl_options.h"
-#include "http/response_headers.h"
+#include "transfer/body.h"
+#include "transfer/curl_handles.h"
+#include "transfer/curl_options.h"
+#include "transfer/response_headers.h"
 
 namespace ca::win32 {
 

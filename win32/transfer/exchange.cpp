@@ -1,6 +1,6 @@
-#include "http/exchange.h"
+#include "transfer/exchange.h"
 
-#include "http/curl_result.h"
+#include "transfer/curl_result.h"
 
 #include <algorithm>
 #include <chrono>

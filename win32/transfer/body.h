@@ -1,7 +1,7 @@
 // The body of a response on its way from libcurl to the reader, in memory of fixed size.
 #pragma once
 
-#include "http/inflate.h"
+#include "transfer/inflate.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,7 +1,7 @@
 // How libcurl is told to behave like WinHTTP.
 #pragma once
 
-#include "http/transfer_settings.h"
+#include "transfer/transfer_settings.h"
 
 #include <curl/curl.h>
 

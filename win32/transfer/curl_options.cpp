@@ -1,6 +1,6 @@
-#include "http/curl_options.h"
+#include "transfer/curl_options.h"
 
-#include "http/authorities.h"
+#include "transfer/authorities.h"
 
 namespace ca::win32 {
 

@@ -1,4 +1,4 @@
-#include "http/inflate.h"
+#include "transfer/inflate.h"
 
 #include "text/ignore_case.h"
 
