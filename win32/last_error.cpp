@@ -4,6 +4,7 @@
 
 namespace {
 
+// Each thread has its own, as on Windows: the job's calls don't disturb the main thread's.
 thread_local DWORD lastError = ERROR_SUCCESS;
 
 struct ErrorRow {

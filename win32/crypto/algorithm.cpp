@@ -39,6 +39,7 @@ NTSTATUS BCryptCloseAlgorithmProvider(BCRYPT_ALG_HANDLE algorithm, ULONG flags) 
     if (flags != 0) {
         return statusInvalidParameter;
     }
+    // There is nothing to close: the next opening finds the same object.
     const bool isOpen = checkAlgorithm(algorithm, Algorithm::sha256) != statusInvalidHandle;
     return isOpen ? statusSuccess : statusInvalidHandle;
 }
@@ -55,6 +56,7 @@ NTSTATUS BCryptGetProperty(BCRYPT_HANDLE algorithm, LPCWSTR property, PUCHAR out
     if (std::wcscmp(property, BCRYPT_OBJECT_LENGTH) != 0) {
         return statusNotSupported;
     }
+    // Set in either case: a caller without a buffer asks for the size.
     *result = sizeof(hashObjectLength);
     if (output == nullptr) {
         return statusSuccess;

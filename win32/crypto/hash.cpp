@@ -5,6 +5,7 @@ namespace {
 
 using namespace ca::win32;
 
+// A handle isn't asked for its kind, only for null: every piece of every file comes through here.
 struct Hash {
     OpenSslPointer<EVP_MD_CTX, ::EVP_MD_CTX_free> context{::EVP_MD_CTX_new()};
     bool finished = false;
@@ -59,6 +60,7 @@ NTSTATUS BCryptFinishHash(BCRYPT_HASH_HANDLE hash, PUCHAR output, ULONG size, UL
     if (running->finished || output == nullptr || size != sha256Size || flags != 0) {
         return statusInvalidParameter;
     }
+    // CNG starts over only with hashes that were made for it by a flag.
     running->finished = true;
     return statusOf(::EVP_DigestFinal_ex(running->context.get(), output, nullptr));
 }

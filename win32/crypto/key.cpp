@@ -14,8 +14,7 @@ namespace {
 
 using namespace ca::win32;
 
-// What CNG's own RSA provider takes. Exponents above 64 bits are refused since Windows 10 version
-// 1903.
+// What CNG itself takes. Exponents above 64 bits are refused since Windows 10 version 1903.
 constexpr ULONG minimumBits = 512;
 constexpr ULONG maximumBits = 16384;
 constexpr int maximumExponentBits = 64;

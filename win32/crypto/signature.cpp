@@ -27,6 +27,7 @@ NTSTATUS BCryptVerifySignature(BCRYPT_KEY_HANDLE key, LPVOID padding, PUCHAR has
     if (key == nullptr) {
         return statusInvalidHandle;
     }
+    // As on Windows the flag alone tells the type of this structure.
     const auto* scheme = static_cast<const BCRYPT_PKCS1_PADDING_INFO*>(padding);
     if (flags != BCRYPT_PAD_PKCS1 || scheme == nullptr || scheme->pszAlgId == nullptr ||
         hash == nullptr || signature == nullptr || hashSize != sha256Size) {

@@ -27,6 +27,7 @@ bool findBody(std::string_view text, std::string_view& body) {
     if (label == std::string_view::npos) {
         return false;
     }
+    // The label between the two runs of dashes may be anything, also nothing.
     const std::size_t close = text.find(dashes, label + begin.size());
     if (close == std::string_view::npos) {
         return false;
@@ -60,6 +61,7 @@ bool decode(std::string_view body, std::vector<BYTE>& bytes) {
         if (digit == noDigit) {
             return false;
         }
+        // The bits of bytes that are complete leave at the top.
         bits = (bits << 6U) | static_cast<unsigned>(digit);
         bitCount += 6;
         if (bitCount >= 8) {

@@ -56,11 +56,13 @@ BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists) {
     if (!out) {
         return errno == EEXIST ? fail(ERROR_FILE_EXISTS) : failOnPath(errno, *target);
     }
+    // Another name of the source would be emptied before it is read.
     struct stat existing {};
     if (::fstat(out.get(), &existing) == 0 && isSameFile(existing, status)) {
         return fail(ERROR_SHARING_VIOLATION);
     }
     if (::ftruncate(out.get(), 0) != 0 || !copyBytes(in.get(), out.get())) {
+        // A copy that ends half-way could be taken for the file.
         const int number = errno;
         ::unlink(target->c_str());
         return fail(errorFromErrno(number));

@@ -21,6 +21,7 @@ bool areKnown(DWORD share, DWORD flagsAndAttributes) {
 }
 
 std::optional<int> openFlags(DWORD access, DWORD disposition) {
+    // No started program inherits the file, and opening a terminal doesn't take it over.
     int flags = O_CLOEXEC | O_NOCTTY;
     switch (access) {
     case GENERIC_READ:
@@ -38,7 +39,7 @@ std::optional<int> openFlags(DWORD access, DWORD disposition) {
     switch (disposition) {
     case CREATE_NEW:
         return flags | O_CREAT | O_EXCL;
-    case CREATE_ALWAYS: // opened in two steps, see openFile
+    case CREATE_ALWAYS: // in two steps, see openFile
     case OPEN_EXISTING:
         return flags;
     default:
@@ -88,6 +89,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
         fail(ERROR_ACCESS_DENIED);
         return INVALID_HANDLE_VALUE;
     }
+    // A hint that fails costs speed and nothing else.
     if ((flagsAndAttributes & FILE_FLAG_SEQUENTIAL_SCAN) != 0 && status.st_size > readAheadSize) {
         ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
     }

@@ -14,5 +14,6 @@ BOOL CreateHardLinkW(LPCWSTR link, LPCWSTR existing, LPSECURITY_ATTRIBUTES secur
     if (!name || !file) {
         return FALSE;
     }
+    // The host has the two names the other way round.
     return resultOnPath(::link(file->c_str(), name->c_str()), *file);
 }

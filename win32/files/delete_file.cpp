@@ -11,8 +11,7 @@ BOOL DeleteFileW(LPCWSTR path) {
     if (!name) {
         return FALSE;
     }
-    // Also for a link to a folder, which the host would unlink: Windows leaves it to
-    // RemoveDirectoryW.
+    // The host would unlink a link to a folder. Windows leaves that to RemoveDirectoryW.
     if (isFolder(*name)) {
         return fail(ERROR_ACCESS_DENIED);
     }

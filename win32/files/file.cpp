@@ -9,8 +9,8 @@ namespace ca::win32 {
 File::File(Descriptor descriptor, std::string removedPath)
     : descriptor_(std::move(descriptor)), removedPath_(std::move(removedPath)) {}
 
-// The name is removed while the file is open: its number can't have gone to another file yet, so
-// a name that leads to the same number is still this file's.
+// The name is removed while the file is open. Until then its number can't go to another file, so a
+// name that leads to the same number is this file's.
 File::~File() {
     if (removedPath_.empty()) {
         return;

@@ -8,6 +8,7 @@
 namespace ca::win32 {
 
 DWORD attributesOf(const struct stat& status, const std::string& path) {
+    // The second bit tells which call removes the link.
     if (S_ISLNK(status.st_mode)) {
         return FILE_ATTRIBUTE_REPARSE_POINT | (isFolder(path) ? FILE_ATTRIBUTE_DIRECTORY : 0);
     }

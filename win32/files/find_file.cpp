@@ -64,6 +64,7 @@ HANDLE FindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW entry) {
         return INVALID_HANDLE_VALUE;
     }
     auto search = std::make_unique<Search>(folder, prefix);
+    // Windows lists "." and ".." too, so there a folder is never empty.
     if (!search->next(*entry)) {
         fail(ERROR_FILE_NOT_FOUND);
         return INVALID_HANDLE_VALUE;

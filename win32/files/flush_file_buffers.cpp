@@ -10,8 +10,9 @@ BOOL FlushFileBuffers(HANDLE file) {
     if (opened == nullptr) {
         return FALSE;
     }
+    // Windows refuses a handle without the right to write. The host would flush what others wrote.
     if ((::fcntl(opened->descriptor(), F_GETFL) & O_ACCMODE) == O_RDONLY) {
-        return fail(ERROR_ACCESS_DENIED); // as Windows does; the host would flush what others wrote
+        return fail(ERROR_ACCESS_DENIED);
     }
     return ::fsync(opened->descriptor()) == 0 ? TRUE : fail(errorFromErrno(errno));
 }

@@ -12,6 +12,7 @@ DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* fileName
     if (!name) {
         return 0;
     }
+    // By the text alone: a path made canonical by the host would have to exist.
     std::error_code failed;
     const std::filesystem::path full = std::filesystem::absolute(*name, failed).lexically_normal();
     const std::optional<std::wstring> wide = failed ? std::nullopt : toWide(full.native());

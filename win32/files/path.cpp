@@ -25,8 +25,7 @@ BOOL failOnPath(int number, const std::string& path) {
     if (number != ENOENT) {
         return fail(errorFromErrno(number));
     }
-    // The host says ENOENT for both; Windows' callers tell a file to be made from a folder to be
-    // made.
+    // The host says ENOENT for both. Windows' callers learn from the number what they have to make.
     struct stat folder {};
     const bool folderExists = ::stat(folderOf(path).c_str(), &folder) == 0;
     return fail(folderExists ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND);

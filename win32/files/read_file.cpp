@@ -13,6 +13,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED
         return fail(ERROR_INVALID_PARAMETER);
     }
     *read = 0;
+    // Only a signal is waited out. Fewer bytes than asked for are the caller's to go on from.
     ssize_t count = 0;
     do {
         count = ::read(opened->descriptor(), buffer, size);

@@ -1,5 +1,6 @@
 #include "files/status.h"
 
+// A path that can't be looked at counts as absent. The call that follows fails with the error.
 namespace ca::win32 {
 
 mode_t typeOf(const std::string& path) {

@@ -45,6 +45,7 @@ HINTERNET WinHttpConnect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DW
     auto connection = std::make_unique<Connection>();
     connection->userAgent = opened->userAgent;
     connection->proxyFromEnvironment = opened->proxyFromEnvironment;
+    // Shared: what is set on the session later still counts for requests that are opened then.
     connection->options = opened->options;
     connection->host = bracketed(*name);
     connection->port = port;

@@ -12,6 +12,7 @@ using namespace ca::win32;
 constexpr INTERNET_PORT httpPort = 80;
 constexpr INTERNET_PORT httpsPort = 443;
 
+// Each part points into the URL. `extra` is the query with its "?", or the fragment with its "#".
 struct Parts {
     std::wstring_view scheme;
     std::wstring_view user;
@@ -100,6 +101,7 @@ DWORD crack(std::wstring_view url, Parts& parts) {
         return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
     }
     url.remove_prefix(colon + 1);
+    // A scheme without "//" has no host to connect to.
     if (!url.starts_with(L"//")) {
         return ERROR_WINHTTP_INVALID_URL;
     }

@@ -49,6 +49,7 @@ BOOL WinHttpSetTimeouts(HINTERNET handle, int resolve, int connect, int send, in
     if (std::min({resolve, connect, send, receive}) < -1) {
         return fail(ERROR_INVALID_PARAMETER);
     }
+    // Sending has none of its own: a request without a body goes out in one piece.
     options->resolveTimeout = resolve;
     options->connectTimeout = connect;
     options->receiveTimeout = receive;
@@ -63,6 +64,7 @@ BOOL WinHttpSetOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size) 
     if (!isSetting(option)) {
         return fail(ERROR_WINHTTP_INVALID_OPTION);
     }
+    // As on Windows the protocols are the session's, for all of its connections.
     if (option == WINHTTP_OPTION_SECURE_PROTOCOLS && internetObjectOf<Session>(handle) == nullptr) {
         return FALSE;
     }
@@ -81,6 +83,7 @@ BOOL WinHttpSetOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size) 
 }
 
 BOOL WinHttpQueryOption(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD size) {
+    // Before a response has come, a redirect may still change the URL.
     const auto* opened = requestAt(handle, Request::Stage::received);
     if (opened == nullptr) {
         return FALSE;

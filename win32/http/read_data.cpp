@@ -15,6 +15,7 @@ BOOL WinHttpQueryDataAvailable(HINTERNET request, LPDWORD available) {
     if (!opened->transfer->available(bytes)) {
         return fail(opened->transfer->error());
     }
+    // A caller may only wait for the bytes, and learn their number from the read.
     if (available != nullptr) {
         *available = static_cast<DWORD>(bytes.size());
     }
@@ -34,6 +35,7 @@ BOOL WinHttpReadData(HINTERNET request, LPVOID buffer, DWORD size, LPDWORD read)
     if (!opened->transfer->available(bytes)) {
         return fail(opened->transfer->error());
     }
+    // Bytes that the buffer has no room for stay for the next call.
     const std::size_t count = std::min<std::size_t>(bytes.size(), size);
     if (count > 0) {
         std::memcpy(buffer, bytes.data(), count);

@@ -10,7 +10,8 @@ namespace {
 
 using namespace ca::win32;
 
-constexpr INTERNET_PORT defaultPort = 0; // the scheme's own, as WinHTTP's INTERNET_DEFAULT_PORT
+// The scheme's own, as WinHTTP's INTERNET_DEFAULT_PORT.
+constexpr INTERNET_PORT defaultPort = 0;
 
 // Whether WinHTTP leaves a byte of the object's name as it is: all of ASCII but spaces, controls
 // and the characters that RFC 2396 calls unwise or delimiters.
@@ -79,6 +80,7 @@ HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, L
     request->settings.url = urlOf(*opened, (flags & WINHTTP_FLAG_SECURE) != 0, *name);
     request->settings.userAgent = opened->userAgent;
     request->settings.proxyFromEnvironment = opened->proxyFromEnvironment;
+    // From here on a change to the session is none to this request.
     request->options = *opened->options;
     return handleOf(std::move(request));
 }

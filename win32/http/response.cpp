@@ -10,6 +10,7 @@ using namespace ca::win32;
 
 BOOL returnNumber(DWORD number, LPVOID buffer, LPDWORD size) {
     const bool fits = buffer != nullptr && *size >= sizeof(number);
+    // Set in either case: a caller without a buffer asks for the size.
     *size = sizeof(number);
     if (!fits) {
         return fail(ERROR_INSUFFICIENT_BUFFER);

@@ -6,6 +6,7 @@ using namespace ca::win32;
 
 HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass,
                       DWORD flags) {
+    // The other access types are for a proxy that the caller names.
     if (accessType > WINHTTP_ACCESS_TYPE_NO_PROXY || proxyName != nullptr ||
         proxyBypass != nullptr || flags != 0) {
         fail(ERROR_INVALID_PARAMETER);

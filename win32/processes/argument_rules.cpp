@@ -82,6 +82,7 @@ std::string quoteArgument(std::string_view argument) {
         return std::string(argument);
     }
     std::string quoted = "\"";
+    // How many came directly before.
     std::size_t slashes = 0;
     for (const char character : argument) {
         if (character == '"') {

@@ -29,6 +29,7 @@ BOOL GetBinaryTypeW(LPCWSTR path, LPDWORD kind) {
     if (!file) {
         return failOnPath(errno, *name);
     }
+    // A file shorter than this header is no program.
     Elf64_Ehdr header{};
     const ssize_t count = ::read(file.get(), &header, sizeof(header));
     if (count != static_cast<ssize_t>(sizeof(header)) || !isProgram(header)) {

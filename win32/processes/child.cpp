@@ -92,8 +92,7 @@ void forgetChild(pid_t child) {
             } while (waited < 0 && errno == EINTR);
         }).detach();
     } catch (const std::system_error&) {
-        // No thread to be had: the child's entry stays until this process ends, which does nobody
-        // harm.
+        // Without a thread the child's entry stays until this process ends. It does no harm.
     }
 }
 

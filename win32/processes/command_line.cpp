@@ -16,8 +16,8 @@ using namespace ca::win32;
 std::string readOwnCommandLine() {
     std::ifstream file("/proc/self/cmdline", std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    // The kernel keeps the arguments with a zero byte behind each. The first is the program's
-    // name, in which no character can be escaped.
+    // The kernel keeps the arguments with a zero byte behind each. The first is the program's name,
+    // in which no character can be escaped.
     std::string line;
     std::string_view rest = text;
     while (!rest.empty()) {

@@ -11,7 +11,7 @@ namespace {
 
 using namespace ca::win32;
 
-// Both handles of a started program: nothing can be asked of them but their end.
+// What both handles of a started program point at. The launcher only closes them.
 class StartedProgram : public Object {};
 
 bool isZeroed(const STARTUPINFOW& startup) {
@@ -59,7 +59,8 @@ BOOL CreateProcessW(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUT
         return failOnPath(failed, path);
     }
     forgetChild(child);
-    const auto id = static_cast<DWORD>(child); // also the number of its first thread
+    // The host numbers a process's first thread like the process.
+    const auto id = static_cast<DWORD>(child);
     *process = {handleOf(std::move(programHandle)), handleOf(std::move(threadHandle)), id, id};
     return TRUE;
 }

@@ -13,6 +13,7 @@ BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value) {
     if (!key || !text) {
         return fail(ERROR_INVALID_PARAMETER);
     }
+    // The host itself refuses a name that is empty or has a "=" in it.
     const int result =
         value == nullptr ? ::unsetenv(key->c_str()) : ::setenv(key->c_str(), text->c_str(), 1);
     return result == 0 ? TRUE : fail(errorFromErrno(errno));
@@ -24,6 +25,7 @@ DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size) {
     if (value == nullptr) {
         return static_cast<DWORD>(fail(ERROR_ENVVAR_NOT_FOUND));
     }
+    // A host's variable may hold any bytes. What isn't UTF-8 can't be told to the launcher.
     const std::optional<std::wstring> wide = toWide(value);
     return wide ? returnText(*wide, buffer, size) : 0;
 }

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 HANDLE LocalFree(HANDLE memory) {
-    std::free(memory); // CommandLineToArgvW's, the only call whose result is freed so
+    // CommandLineToArgvW's, the only call whose result is freed so.
+    std::free(memory);
     return nullptr;
 }

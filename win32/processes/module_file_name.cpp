@@ -20,6 +20,7 @@ bool isRunningFile(const std::string& path) {
 }
 
 std::string readOwnPath() {
+    // The kernel keeps no link whose target is longer.
     std::string path(PATH_MAX, '\0');
     const ssize_t length = ::readlink(selfLink, path.data(), path.size());
     path.resize(length < 0 ? 0 : static_cast<std::size_t>(length));

@@ -18,19 +18,20 @@ namespace {
 
 using namespace ca::win32;
 
-constexpr int startedResult = 42; // any number above 32 tells of success
+// Any number above 32 tells of success.
+constexpr int startedResult = 42;
 constexpr const char* shell = "/bin/sh";
 
 // pkexec asks to be killed with its parent and passes that on to the program, but the launcher ends
-// while the program goes on. So a shell that waits for it stands between the two.
+// while the program goes on. So a shell is between the two, and waits for pkexec.
 constexpr const char* waitingShell = R"(pkexec "$@"; exit $?)";
 
-// Run with the higher rights, once the prompt has been answered: says so on its standard output,
-// which leads to the launcher, gives that away for the standard error and becomes the program.
+// Run with the higher rights, once the prompt has been answered. It says so on its standard output,
+// which leads to the launcher, replaces that by the standard error and becomes the program.
 constexpr const char* startingShell =
     R"(cd "$1" && shift && [ -x "$1" ] && echo started && exec "$@" >&2)";
 
-// What leads a program to the caller's screen; pkexec clears the environment.
+// The variables that lead a program to the caller's screen. pkexec clears the environment.
 constexpr std::array screenVariables = {"DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY",
                                         "XDG_RUNTIME_DIR", "XDG_SESSION_TYPE"};
 

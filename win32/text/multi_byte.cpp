@@ -33,6 +33,7 @@ int convert(std::string_view text, bool strictly, LPWSTR wide, int wideCount) {
         if (!next.valid && strictly) {
             return fail(ERROR_NO_UNICODE_TRANSLATION);
         }
+        // The result is an int, on Windows too.
         if (count == INT_MAX) {
             return fail(ERROR_INVALID_PARAMETER);
         }
@@ -72,6 +73,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount,
     if (flags != 0) {
         return fail(ERROR_INVALID_FLAGS);
     }
+    // toUtf8 refuses what Windows replaces.
     std::wstring text(textOf(wide, wideCount));
     std::replace_if(
         text.begin(), text.end(),

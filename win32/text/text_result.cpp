@@ -8,6 +8,7 @@
 
 namespace ca::win32 {
 
+// Windows' callers tell the two results apart by comparing with the size that they passed.
 DWORD returnText(const std::wstring& text, LPWSTR buffer, DWORD size) {
     if (text.size() >= size) {
         return static_cast<DWORD>(text.size() + 1);

@@ -43,8 +43,7 @@ DecodedCharacter decodeFirst(std::string_view text) {
         return {replacement, 1, false};
     }
     const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    // The second byte's range is what keeps out overlong forms, surrogates and everything beyond
-    // U+10FFFF.
+    // The second byte's range keeps out overlong forms, surrogates and all beyond U+10FFFF.
     unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
     char32_t character = lead & (0x7FU >> length);
@@ -71,6 +70,7 @@ std::optional<std::string> toUtf8(std::wstring_view wide) {
     std::string text(static_cast<std::size_t>(ascii - wide.begin()), '\0');
     std::transform(wide.begin(), ascii, text.begin(),
                    [](wchar_t character) { return static_cast<char>(character); });
+    // Enough for ASCII. Beyond it the text grows by itself.
     text.reserve(wide.size());
     for (const wchar_t wideCharacter : wide.substr(text.size())) {
         const auto character = static_cast<char32_t>(wideCharacter);

@@ -27,8 +27,7 @@ CURLcode useStore(CURL*, void* context, void*) {
 } // namespace
 
 void useHostAuthorities(CURL* easy) {
-    // A libcurl on another TLS library refuses the function, and then reads the authorities by
-    // itself.
+    // A libcurl on another TLS library refuses the function. It then reads authorities by itself.
     if (::curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, &useStore) == CURLE_OK) {
         ::curl_easy_setopt(easy, CURLOPT_CAINFO, nullptr);
         ::curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);

@@ -21,6 +21,7 @@ Body::Body(std::optional<std::uint64_t> size, Coding coding) : bytesLeft_(size) 
 }
 
 bool Body::take(std::span<const char> bytes) {
+    // What a server sends beyond the size that it told is no part of the body.
     if (bytesLeft_) {
         const auto kept = std::min<std::uint64_t>(*bytesLeft_, bytes.size());
         bytes = bytes.first(static_cast<std::size_t>(kept));
@@ -28,6 +29,7 @@ bool Body::take(std::span<const char> bytes) {
     if (bytes.empty()) {
         return true;
     }
+    // Made only now: a response without a body needs none.
     if (received_ == nullptr) {
         received_ = std::make_unique_for_overwrite<char[]>(receivedSize);
     }
@@ -35,6 +37,7 @@ bool Body::take(std::span<const char> bytes) {
         receivedBegin_ = 0;
         receivedEnd_ = 0;
     }
+    // libcurl offers the same bytes again once it is resumed.
     if (receivedEnd_ + bytes.size() > receivedSize) {
         return false;
     }

@@ -10,6 +10,7 @@ namespace ca::win32 {
 
 namespace {
 
+// One transfer at a time is usual: the launcher has one job.
 constexpr std::size_t mostIdlePairs = 4;
 
 struct Idle {
@@ -57,6 +58,7 @@ CurlHandles::~CurlHandles() {
             return;
         }
     }
+    // Enough pairs are kept already, or one half of this one is missing.
     if (easy_ != nullptr) {
         ::curl_easy_cleanup(easy_);
     }

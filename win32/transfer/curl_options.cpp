@@ -6,7 +6,8 @@ namespace ca::win32 {
 
 namespace {
 
-constexpr long socketPieceSize = 128L * 1024; // what libcurl reads at once
+// The most that libcurl reads from a socket at once.
+constexpr long socketPieceSize = 128L * 1024;
 
 } // namespace
 
@@ -17,8 +18,10 @@ void setOptions(CURL* easy, const TransferSettings& settings) {
     set(CURLOPT_NOSIGNAL, 1L);
     // A name server that never responds doesn't hold up the end of a request.
     set(CURLOPT_QUICK_EXIT, 1L);
+    // Redirects aren't libcurl's: whether one is followed depends on WinHTTP's policy.
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+    // Dots in a path are sent as they are.
     set(CURLOPT_PATH_AS_IS, 1L);
     set(CURLOPT_FORBID_REUSE, 1L);
     // A request goes out in one piece, so there is nothing to delay.
@@ -32,11 +35,13 @@ void setOptions(CURL* easy, const TransferSettings& settings) {
     // Codings are undone by the body, because libcurl keeps all that one read decodes to while it
     // is paused.
     set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
+    // A proxy's own response to CONNECT isn't the server's.
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     constexpr long oldest = CURL_SSLVERSION_TLSv1_2;
     constexpr long noNewer = CURL_SSLVERSION_MAX_TLSv1_2;
     set(CURLOPT_SSLVERSION, settings.onlyTls12 ? oldest | noNewer : oldest);
     if (!settings.proxyFromEnvironment) {
+        // The empty text keeps libcurl from looking for one.
         set(CURLOPT_PROXY, "");
     }
     useHostAuthorities(easy);

@@ -13,18 +13,20 @@ struct ResultRow {
     DWORD error;
 };
 
+// A result that isn't here comes from a mistake in this layer: ERROR_WINHTTP_INTERNAL_ERROR.
 constexpr ResultRow resultTable[] = {
-    // a response that isn't HTTP
+    // Also for a response that isn't HTTP.
     {CURLE_UNSUPPORTED_PROTOCOL, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
     {CURLE_URL_MALFORMAT, ERROR_WINHTTP_INVALID_URL},
     {CURLE_COULDNT_RESOLVE_PROXY, ERROR_WINHTTP_NAME_NOT_RESOLVED},
     {CURLE_COULDNT_RESOLVE_HOST, ERROR_WINHTTP_NAME_NOT_RESOLVED},
     {CURLE_COULDNT_CONNECT, ERROR_WINHTTP_CANNOT_CONNECT},
     {CURLE_WEIRD_SERVER_REPLY, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
-    {CURLE_WRITE_ERROR, ERROR_NOT_ENOUGH_MEMORY}, // only out of memory do the callbacks give up
+    // The callbacks give up when they are out of memory. Any other reason they keep themselves.
+    {CURLE_WRITE_ERROR, ERROR_NOT_ENOUGH_MEMORY},
     {CURLE_OUT_OF_MEMORY, ERROR_NOT_ENOUGH_MEMORY},
     {CURLE_OPERATION_TIMEDOUT, ERROR_WINHTTP_TIMEOUT},
-    // a header field that can't be kept
+    // A header field that can't be kept.
     {CURLE_BAD_FUNCTION_ARGUMENT, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},
     {CURLE_SSL_CONNECT_ERROR, ERROR_WINHTTP_SECURE_FAILURE},
     {CURLE_GOT_NOTHING, ERROR_WINHTTP_INVALID_SERVER_RESPONSE},

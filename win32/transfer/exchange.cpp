@@ -15,7 +15,8 @@ using Clock = std::chrono::steady_clock;
 
 // WinHTTP's default for the headers of one response.
 constexpr std::size_t maximumHeaderBytes = 64UL * 1024;
-constexpr long longestWait = 1000; // ms; libcurl's own timers end a wait sooner
+// Milliseconds. libcurl's own timers end a wait sooner.
+constexpr long longestWait = 1000;
 
 // How long no byte has arrived.
 class Silence {
@@ -91,6 +92,7 @@ bool Exchange::prepare() {
 }
 
 bool Exchange::start() {
+    // A failure stays: nothing is read behind one.
     headers_ = {};
     body_ = {};
     headerBytes_ = 0;
@@ -112,7 +114,7 @@ bool Exchange::receiveHeaders() {
     if (!pump([this] { return headers_.complete(); })) {
         return false;
     }
-    // The connection may have been closed in an orderly way before they were.
+    // The server may have closed the connection in an orderly way before the empty line.
     return headers_.complete() || fail(ERROR_WINHTTP_INVALID_SERVER_RESPONSE);
 }
 
@@ -131,8 +133,9 @@ bool Exchange::pump(Condition condition) {
         if (running == 0) {
             return collectResult();
         }
+        // Connecting has a time-out of its own.
         if (!sent_) {
-            silence.restart(); // connecting has a time-out of its own
+            silence.restart();
         }
         const int wait = silence.nextWait();
         if (wait == 0) {
@@ -161,7 +164,7 @@ bool Exchange::collectResult() {
     int left = 0;
     const CURLMsg* message = ::curl_multi_info_read(curl_.multi(), &left);
     const CURLcode result = message == nullptr ? CURLE_OK : message->data.result;
-    // Windows takes a body cut short for a whole one, also a chunked one.
+    // A chunked body cut short ends like any other, as one shorter than its Content-Length does.
     if (result == CURLE_OK || (result == CURLE_PARTIAL_FILE && headers_.complete())) {
         return true;
     }
@@ -220,8 +223,9 @@ void Exchange::takeHeaderLine(std::string_view line) {
 // libcurl is C: nothing may be thrown through it. 0 bytes taken ends the transfer.
 std::size_t Exchange::onHeaderLine(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& exchange = *static_cast<Exchange*>(self);
+    // The trailer of a chunked body comes here too.
     if (exchange.headers_.complete()) {
-        return size * count; // the trailer of a chunked body
+        return size * count;
     }
     exchange.headerBytes_ += size * count;
     if (exchange.headerBytes_ > maximumHeaderBytes) {
@@ -246,6 +250,7 @@ std::size_t Exchange::onBody(char* bytes, std::size_t size, std::size_t count, v
     return exchange.paused_ ? CURL_WRITEFUNC_PAUSE : size * count;
 }
 
+// libcurl calls it when the connection is made and the request is about to be sent.
 int Exchange::onSend(void* self, char*, char*, int, int) {
     static_cast<Exchange*>(self)->sent_ = true;
     return CURL_PREREQFUNC_OK;

@@ -34,6 +34,7 @@ Inflater::Inflater(Coding coding) : kind_(coding) {}
 void Inflater::open(char firstByte) {
     const bool bare =
         kind_ == Coding::deflate && (static_cast<unsigned char>(firstByte) & 0x0FU) != Z_DEFLATED;
+    // zlib takes the kind of stream from this number: negative for bare data, 16 more for gzip.
     const int windowBits = bare ? -MAX_WBITS : kind_ == Coding::gzip ? MAX_WBITS + 16 : MAX_WBITS;
     auto fresh = std::make_unique<z_stream>();
     if (::inflateInit2(fresh.get(), windowBits) != Z_OK) {
@@ -69,6 +70,7 @@ std::size_t Inflater::decode(std::span<const char>& input, std::span<char> outpu
     std::span<char> room = output;
     // Without input there may still be output that didn't fit into the buffer before.
     while (!input.empty() || (stream_ != nullptr && !ended_)) {
+        // Anything else behind the end isn't part of the content.
         if (ended_ && !beginsAgain(input)) {
             input = {};
             break;

@@ -7,7 +7,8 @@ namespace ca::win32 {
 
 namespace {
 
-constexpr int maximumRedirects = 10; // WinHTTP's default
+// WinHTTP's default.
+constexpr int maximumRedirects = 10;
 
 } // namespace
 
@@ -38,7 +39,8 @@ bool Transfer::isToBeFollowed() const {
     if (location.empty() || settings_.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_NEVER) {
         return false;
     }
-    // What is left to forbid is the way from https to http.
+    // The third policy forbids the way from https to http. Which scheme a Location without one
+    // means is known when it is resolved.
     return settings_.redirectPolicy == WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS ||
            settings_.url.starts_with("http:") ||
            !resolveLocation(settings_.url, location).starts_with("http:");
