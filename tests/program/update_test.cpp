@@ -104,19 +104,3 @@ TEST(Update, ShowsItsSteps) {
     }
     s.play();
 }
-
-TEST(Update, LeavesANewerInstallationAlone) {
-    Scenario s;
-    s.release.mandatory = true;
-    s.publish();
-    writeFile(s.data / "game_version", "2.0\r\n");
-    const auto blocked =
-        look(Ready, "READY TO PLAY", "INSTALLED 2.0 // SERVER 1.4.2 // DOWNGRADE BLOCKED");
-    s.begin(start);
-    s.see(blocked);
-    s.begin(repair);
-    EXPECT_TRUE(eventually([&] { return s.requests().size() == 4; }));
-    s.see(blocked);
-    EXPECT_EQ(s.changes(), Paths());
-    s.play();
-}
