@@ -1,6 +1,6 @@
 #include "channel.h"
 
-#include "publish/release.h"
+#include "publisher/release/release.h"
 
 #include <stdexcept>
 #include <thread>
@@ -20,12 +20,12 @@ std::string refusePassphrase(const fs::path& keyFile) {
 } // namespace
 
 std::string signText(std::string_view text, const fs::path& privateKeyPem) {
-    return publish::PrivateKey(privateKeyPem, refusePassphrase).sign(text);
+    return publisher::PrivateKey(privateKeyPem, refusePassphrase).sign(text);
 }
 
 void publish(const fs::path& tree, const fs::path& channelRoot, const Release& release,
              const fs::path& privateKeyPem) {
-    publish::ReleaseOrder order;
+    publisher::ReleaseOrder order;
     order.tree = tree;
     order.root = channelRoot;
     order.privateKey = privateKeyPem;
@@ -38,14 +38,14 @@ void publish(const fs::path& tree, const fs::path& channelRoot, const Release& r
     order.keep = 0;
     order.threads = std::thread::hardware_concurrency();
     // what it warns of is meant here
-    publish::makeRelease(order, refusePassphrase, [](const std::string&) {});
+    publisher::makeRelease(order, refusePassphrase, [](const std::string&) {});
 }
 
 void makeKeyPair(const fs::path& folder) {
-    for (const char* name : {publish::privateKeyName, publish::publicKeyName}) {
+    for (const char* name : {publisher::privateKeyName, publisher::publicKeyName}) {
         fs::remove(folder / name);
     }
-    publish::makeKeyPair(folder, keyBits, std::nullopt);
+    publisher::makeKeyPair(folder, keyBits, std::nullopt);
 }
 
 } // namespace ca::demo

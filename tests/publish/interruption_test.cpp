@@ -35,7 +35,7 @@ struct Published : Studio {
     }
     // Which release players get; fails the test unless it is whole.
     std::string offered() const {
-        const ca::publish::CheckResult seen = check();
+        const ca::publisher::CheckResult seen = check();
         EXPECT_TRUE(seen.findings.empty())
             << seen.findings.front().where << " " << seen.findings.front().what;
         return seen.manifest.version;

@@ -1,8 +1,8 @@
 // From a tree to a live release, as one process sees it.
 #include "demo/nginx.h"
-#include "publish/channel_folder.h"
-#include "publish/serve.h"
 #include "publish/studio.h"
+#include "publisher/release/channel_folder.h"
+#include "publisher/serve/serve.h"
 #include "update/digest.h"
 #include "update/key_fingerprint.h"
 #include "update/updater.h"
@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 
 using namespace ca::test;
-namespace publish = ca::publish;
+namespace publisher = ca::publisher;
 
 namespace {
 char pinned[65];
@@ -21,8 +21,8 @@ const std::string_view ca::update::keyFingerprint(pinned, 64);
 const fs::path& ca::test::keyFolder() {
     static const TemporaryFolder folder;
     if (pinned[0] == 0) {
-        publish::makeKeyPair(folder.path(), 2048, std::nullopt);
-        std::memcpy(pinned, publish::fingerprintOf(folder / publish::publicKeyName).data(), 64);
+        publisher::makeKeyPair(folder.path(), 2048, std::nullopt);
+        std::memcpy(pinned, publisher::fingerprintOf(folder / publisher::publicKeyName).data(), 64);
     }
     return folder.path();
 }
@@ -51,14 +51,15 @@ TEST(Release, IsWhatLaunchersInstall) {
     ASSERT_EQ(studio.release(), "released");
 
     const ca::demo::Nginx server(studio.folder / "nginx",
-                                 {studio.root, 0, std::string(publish::channelConfiguration)});
-    for (const publish::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
+                                 {studio.root, 0, std::string(publisher::channelConfiguration)});
+    for (const publisher::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
         EXPECT_TRUE(seen.findings.empty())
             << seen.findings.front().where << seen.findings.front().what;
         EXPECT_EQ(seen.manifest.files.size(), files.size() + 4);
     }
     const fs::path game = studio.folder / "installation";
-    writeFile(game / "data/update_public_key.pem", readFile(keyFolder() / publish::publicKeyName));
+    writeFile(game / "data/update_public_key.pem",
+              readFile(keyFolder() / publisher::publicKeyName));
     ca::update::Updater updater(game);
     updater.serverUrl = server.url();
     ca::update::UpdatePlan plan;
@@ -174,23 +175,23 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     EXPECT_EQ(std::count(studio.warnings.begin(), studio.warnings.end(), '\n'), 5);
 
     const TemporaryFolder other;
-    publish::makeKeyPair(other.path(), 2048, std::nullopt);
+    publisher::makeKeyPair(other.path(), 2048, std::nullopt);
     studio.order.version = "1.5";
-    studio.order.publicKey = other / publish::publicKeyName; // not the other half
+    studio.order.publicKey = other / publisher::publicKeyName; // not the other half
     EXPECT_NE(studio.release().find("isn't signed with this key"), std::string::npos);
     studio.order.allowNewKey = true;
     EXPECT_NE(studio.release().find("manifest_signature_verify_failed"), std::string::npos);
-    studio.order.privateKey = other / publish::privateKeyName;
+    studio.order.privateKey = other / publisher::privateKeyName;
     fs::remove(studio.order.publicKey); // derived then
     studio.order.publicKey.clear();
     EXPECT_TRUE(studio.check().good());
     EXPECT_EQ(studio.release(), "released");
-    EXPECT_FALSE(fs::exists(studio.live / publish::publicKeyName));
+    EXPECT_FALSE(fs::exists(studio.live / publisher::publicKeyName));
     EXPECT_FALSE(studio.check().good());
 
     studio.order.version = "1.6";
     {
-        const publish::ChannelFolder busy(studio.root, "stable");
+        const publisher::ChannelFolder busy(studio.root, "stable");
         EXPECT_NE(studio.release().find("another release is being made"), std::string::npos);
     }
     studio.order.root = studio.tree / "channel";

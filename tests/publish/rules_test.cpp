@@ -1,13 +1,13 @@
 // What needs no disk: names, versions, the manifest's text, an answer's head.
-#include "publish/answer_rules.h"
-#include "publish/manifest_text.h"
-#include "publish/name_rules.h"
-#include "publish/order.h"
+#include "publisher/check/response_rules.h"
+#include "publisher/release/manifest_text.h"
+#include "publisher/rules/name_rules.h"
+#include "publisher/rules/version_rules.h"
 
 #include <gtest/gtest.h>
 #include <map>
 
-using namespace ca::publish;
+using namespace ca::publisher;
 using ca::update::UpdateManifest;
 
 TEST(Names, AreRefusedWhereWindowsOrAnAddressWouldRefuseThem) {

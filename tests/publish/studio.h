@@ -2,9 +2,9 @@
 #pragma once
 
 #include "demo/process.h"
-#include "publish/check.h"
-#include "publish/failure.h"
-#include "publish/release.h"
+#include "publisher/check/check.h"
+#include "publisher/release/release.h"
+#include "publisher/text/failure.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
@@ -22,7 +22,7 @@ struct Studio {
     Studio() {
         order.tree = tree;
         order.root = root;
-        order.privateKey = keyFolder() / publish::privateKeyName;
+        order.privateKey = keyFolder() / publisher::privateKeyName;
         order.version = "1.4.2";
         put("ColdAnchor.exe", "game");
         put("ColdAnchorLauncher.exe", "launcher");
@@ -38,20 +38,20 @@ struct Studio {
     std::string release() {
         warnings.clear();
         const auto none = [](const fs::path&) -> std::string {
-            throw publish::Failure("asked for a passphrase");
+            throw publisher::Failure("asked for a passphrase");
         };
         try {
-            result = publish::makeRelease(
+            result = publisher::makeRelease(
                 order, none, [this](const std::string& text) { warnings += text + "\n"; });
             return "released";
-        } catch (const publish::Failure& failure) {
+        } catch (const publisher::Failure& failure) {
             return failure.what();
         }
     }
 
-    publish::CheckResult check(const std::string& address = {}) const {
-        return publish::checkChannel({address.empty() ? root.string() : address, order.channel,
-                                      keyFolder() / publish::publicKeyName, 2});
+    publisher::CheckResult check(const std::string& address = {}) const {
+        return publisher::checkChannel({address.empty() ? root.string() : address, order.channel,
+                                        keyFolder() / publisher::publicKeyName, 2});
     }
 
     // Ends with the program; gives its exit status, and what it printed in `output`.
@@ -69,8 +69,8 @@ struct Studio {
 
     TemporaryFolder folder{"/dev/shm"}; // in memory: each release brings the whole disk up to date
     fs::path tree = folder / "game", root = folder / "channel", live = root / "stable/windows";
-    publish::ReleaseOrder order;
-    publish::ReleaseResult result;
+    publisher::ReleaseOrder order;
+    publisher::ReleaseResult result;
     std::string warnings, output;
 };
 
