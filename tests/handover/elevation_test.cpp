@@ -40,7 +40,7 @@ struct LimitedPlayer : Machine {
         fs::rename(prompt / "draft", prompt / "answer");
     }
     // Runs what is asked for as the administrator would be made to, on the prompt's own streams.
-    std::unique_ptr<ca::demo::Process> grant() const {
+    std::unique_ptr<ca::kit::Process> grant() const {
         std::vector<std::string> command{"env", "-i", "SDL_RENDER_DRIVER=software",
                                          "SDL_FRAMEBUFFER_ACCELERATION=0"};
         // what a sanitized build is started with
@@ -57,7 +57,7 @@ struct LimitedPlayer : Machine {
             command.push_back(word);
         }
         fs::permissions(installation, fs::perms(0755));
-        return std::make_unique<ca::demo::Process>(command);
+        return std::make_unique<ca::kit::Process>(command);
     }
 
     fs::path prompt = folder / "prompt";

@@ -21,7 +21,7 @@ struct HandOver : Machine {
         std::string manifest = readFile(channel / "manifest.json");
         manifest.insert(manifest.find(launcherName), place + "/");
         writeFile(channel / "manifest.json", manifest);
-        writeFile(channel / "manifest.sig", ca::demo::signText(manifest, privateKey));
+        writeFile(channel / "manifest.sig", ca::kit::signText(manifest, privateKey));
     }
 
     void expectNextLauncher() const {

@@ -27,7 +27,7 @@ void bringAbout(const Scenario& s, const std::string& cause) {
             cause);
     if (const std::string changed = readFile(s.channel / "manifest.json");
         !changed.empty() && changed != manifest) {
-        writeFile(s.channel / "manifest.sig", ca::demo::signText(changed, s.privateKey));
+        writeFile(s.channel / "manifest.sig", ca::kit::signText(changed, s.privateKey));
     }
 }
 
@@ -135,7 +135,7 @@ TEST(FailedBackup, IsRolledBackWhereAProgramHoldsAFile) {
     }
     Scenario s;
     writeFile(s.installation / mole, "an old map"); // the last of the plan
-    ca::demo::Process holder(
+    ca::kit::Process holder(
         commandOf(builtProgram("hold_file.exe"),
                   {shownPath(s.installation / mole), "1", "600000", shownPath(s.folder / "held")}));
     EXPECT_TRUE(eventually([&] { return fs::exists(s.folder / "held"); }));

@@ -76,8 +76,8 @@ void Scenario::makeCurrent() const {
 
 void Scenario::serve(const std::string& directives, const fs::path& certificate) {
     server.reset();
-    server = std::make_unique<demo::Nginx>(
-        folder / "nginx", demo::NginxOptions{folder / "channel", 0, directives, certificate});
+    server = std::make_unique<kit::Nginx>(
+        folder / "nginx", kit::NginxOptions{folder / "channel", 0, directives, certificate});
     writeFile(data / "update_server.txt", " " + server->url() + "\r\n");
 }
 
@@ -87,7 +87,7 @@ void Scenario::begin(Road road) {
     }
     remember();
     const std::string home = folder.path();
-    demo::ProcessOptions options;
+    kit::ProcessOptions options;
     options.workingFolder = home;
     options.output = folder / "output";
     options.environment = {"HOME=" + home, "XDG_RUNTIME_DIR=" + home, "LC_ALL=C.UTF-8",
@@ -109,7 +109,7 @@ void Scenario::begin(Road road) {
     // Wine sets a player's variables itself, so they have to be set behind it.
     words = commandOf(programRunner().empty() ? "env" : builtProgram("env.exe"), words);
     words.insert(words.begin(), wrapper.begin(), wrapper.end());
-    launcher = std::make_unique<demo::Process>(words, options);
+    launcher = std::make_unique<kit::Process>(words, options);
     EXPECT_TRUE(display::waitForWindow()) << readFile(folder / "output");
 }
 

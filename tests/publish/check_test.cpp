@@ -1,7 +1,7 @@
 // A channel that is wrong in one way at a time.
-#include "demo/nginx.h"
 #include "publish/studio.h"
 #include "publisher/release/manifest_text.h"
+#include "shared/nginx.h"
 
 #include <functional>
 
@@ -98,7 +98,7 @@ TEST(Check, FindsWhatAServerDoesToAnswers) {
              Row{fresh + "location ~ sig$ { return 301 ftp://x/; }", true, "can't be fetched", 1},
          }) {
         SCOPED_TRACE(row.directives);
-        const ca::demo::Nginx server(studio.folder / "nginx", {studio.root, 0, row.directives});
+        const ca::kit::Nginx server(studio.folder / "nginx", {studio.root, 0, row.directives});
         const publisher::CheckResult result = studio.check(server.url() + "/");
         const std::string findings = findingsOf(result, row.isProblem);
         EXPECT_EQ(result.findings.size(), row.findings) << findings;

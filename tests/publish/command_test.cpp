@@ -146,10 +146,10 @@ TEST(Documentation, LeadsFromNothingToALiveChannelInTenCommands) {
     const TemporaryFolder desk;
     writeFile(desk / "commands", script);
     const std::string path = "PATH=" + builtProgram("").string() + ":" + std::getenv("PATH");
-    const ca::demo::ProcessOptions options{
+    const ca::kit::ProcessOptions options{
         desk.path(), desk / "output", {path, "COLDANCHOR_PASSPHRASE=cold harbour"}, -1};
-    ca::demo::Process shell({"bash", "-c", "sed -i s/8080/" + port + "/ commands; . ./commands"},
-                            options);
+    ca::kit::Process shell({"bash", "-c", "sed -i s/8080/" + port + "/ commands; . ./commands"},
+                           options);
     EXPECT_EQ(shell.wait(std::chrono::seconds(60)), 0);
     const std::string output = readFile(desk / "output");
     for (const char* part :

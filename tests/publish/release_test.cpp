@@ -1,8 +1,8 @@
 // From a tree to a live release, as one process sees it.
-#include "demo/nginx.h"
 #include "publish/studio.h"
 #include "publisher/release/channel_folder.h"
 #include "publisher/serve/serve.h"
+#include "shared/nginx.h"
 #include "update/digest.h"
 #include "update/key_fingerprint.h"
 #include "update/updater.h"
@@ -50,8 +50,8 @@ TEST(Release, IsWhatLaunchersInstall) {
     studio.order.threads = 3;
     ASSERT_EQ(studio.release(), "released");
 
-    const ca::demo::Nginx server(studio.folder / "nginx",
-                                 {studio.root, 0, std::string(publisher::channelConfiguration)});
+    const ca::kit::Nginx server(studio.folder / "nginx",
+                                {studio.root, 0, std::string(publisher::channelConfiguration)});
     for (const publisher::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
         EXPECT_TRUE(seen.findings.empty())
             << seen.findings.front().where << seen.findings.front().what;

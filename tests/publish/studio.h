@@ -1,10 +1,10 @@
 // A publisher's desk: a tree with a game, a key pair and a channel root, in a folder that vanishes.
 #pragma once
 
-#include "demo/process.h"
 #include "publisher/check/check.h"
 #include "publisher/release/release.h"
 #include "publisher/text/failure.h"
+#include "shared/process.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
@@ -60,9 +60,8 @@ struct Studio {
         words.insert(words.begin(), before.begin(), before.end());
         fs::remove(folder / "output");
         const Lines environment{"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
-        const demo::ProcessOptions options{folder.path(), folder / "output", environment, -1};
-        const int status =
-            demo::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
+        const kit::ProcessOptions options{folder.path(), folder / "output", environment, -1};
+        const int status = kit::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
         output = readFile(folder / "output");
         return status;
     }

@@ -1,12 +1,12 @@
 // A real web server on a loopback port, for the demo, the tests and the benchmarks.
 #pragma once
 
-#include "process.h"
+#include "shared/process.h"
 
 #include <cstdint>
 #include <memory>
 
-namespace ca::demo {
+namespace ca::kit {
 
 struct NginxOptions {
     std::filesystem::path root;       // the folder that is served
@@ -39,4 +39,4 @@ private:
     std::unique_ptr<Process> server_;
 };
 
-} // namespace ca::demo
+} // namespace ca::kit

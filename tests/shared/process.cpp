@@ -1,4 +1,4 @@
-#include "process.h"
+#include "shared/process.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace ca::demo {
+namespace ca::kit {
 namespace {
 
 [[noreturn]] void fail(const std::string& what, int number) {
@@ -184,4 +184,4 @@ int Process::stop() {
     return *status_;
 }
 
-} // namespace ca::demo
+} // namespace ca::kit

@@ -1,4 +1,4 @@
-#include "channel.h"
+#include "shared/channel.h"
 
 #include "publisher/release/release.h"
 
@@ -7,7 +7,7 @@
 
 namespace fs = std::filesystem;
 
-namespace ca::demo {
+namespace ca::kit {
 namespace {
 
 constexpr int keyBits = 3072;
@@ -23,8 +23,8 @@ std::string signText(std::string_view text, const fs::path& privateKeyPem) {
     return publisher::PrivateKey(privateKeyPem, refusePassphrase).sign(text);
 }
 
-void publish(const fs::path& tree, const fs::path& channelRoot, const Release& release,
-             const fs::path& privateKeyPem) {
+void makeLive(const fs::path& tree, const fs::path& channelRoot, const Release& release,
+              const fs::path& privateKeyPem) {
     publisher::ReleaseOrder order;
     order.tree = tree;
     order.root = channelRoot;
@@ -48,4 +48,4 @@ void makeKeyPair(const fs::path& folder) {
     publisher::makeKeyPair(folder, keyBits, std::nullopt);
 }
 
-} // namespace ca::demo
+} // namespace ca::kit

@@ -8,7 +8,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace ca::demo {
+namespace ca::kit {
 
 struct ProcessOptions {
     std::filesystem::path workingFolder; // empty: the caller's
@@ -46,4 +46,4 @@ private:
     std::optional<int> status_;
 };
 
-} // namespace ca::demo
+} // namespace ca::kit

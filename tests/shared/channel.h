@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ca::demo {
+namespace ca::kit {
 
 struct Release {
     std::string version;              // dotted decimal, such as "1.4.2"
@@ -25,11 +25,11 @@ std::string signText(std::string_view text, const std::filesystem::path& private
 // Makes <channelRoot>/<channel>/windows, with "files", "manifest.json" and "manifest.sig", the
 // release of `tree`, whatever release it was before. Files are hard links where the file system
 // allows it, so don't change `tree` afterwards in place.
-void publish(const std::filesystem::path& tree, const std::filesystem::path& channelRoot,
-             const Release& release, const std::filesystem::path& privateKeyPem);
+void makeLive(const std::filesystem::path& tree, const std::filesystem::path& channelRoot,
+              const Release& release, const std::filesystem::path& privateKeyPem);
 
 // A new RSA key of 3072 bits: <folder>/update_private_key.pem, unencrypted but readable by its
 // owner alone, and <folder>/update_public_key.pem. Replaces what is there. Takes up to a second.
 void makeKeyPair(const std::filesystem::path& folder);
 
-} // namespace ca::demo
+} // namespace ca::kit

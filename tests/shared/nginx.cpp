@@ -1,4 +1,4 @@
-#include "nginx.h"
+#include "shared/nginx.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -9,7 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace ca::demo {
+namespace ca::kit {
 namespace {
 
 // A listening socket on a free loopback port. It is handed to nginx open, so that no other program
@@ -111,4 +111,4 @@ Nginx::Nginx(const std::filesystem::path& folder, const NginxOptions& options)
                                   process);
 }
 
-} // namespace ca::demo
+} // namespace ca::kit
