@@ -30,10 +30,10 @@ bool canBeSignature(std::string_view text) {
 
 class Check {
 public:
-    explicit Check(const CheckOrder& order)
-        : order_(order),
-          origin_(isAddress(order.address) ? webOrigin(order.address, order.channel)
-                                           : folderOrigin(order.address, order.channel)) {}
+    explicit Check(const CheckOptions& options)
+        : options_(options),
+          origin_(isAddress(options.address) ? webOrigin(options.address, options.channel)
+                                             : folderOrigin(options.address, options.channel)) {}
 
     CheckResult run() {
         if (believeManifest()) {
@@ -41,8 +41,9 @@ public:
             readFiles();
             findStrangers();
         }
-        if (order_.address.starts_with("http://") && !order_.address.starts_with("http://127.")) {
-            advise(order_.address,
+        if (options_.address.starts_with("http://") &&
+            !options_.address.starts_with("http://127.")) {
+            advise(options_.address,
                    "isn't https: anyone on the way sees what players get and can hold it back");
         }
         mergeAdvice();
@@ -73,17 +74,17 @@ private:
             return false;
         }
         signature.erase(signature.find_last_not_of("\t\n\r ") + 1);
-        if (order_.publicKey.empty()) {
+        if (options_.publicKey.empty()) {
             advise(update::signatureName, "wasn't verified: name the public key with --key");
             if (!canBeSignature(signature)) {
                 problem(update::signatureName,
                         "is no signature that launchers would take with any key");
                 return false;
             }
-        } else if (!update::verifyManifestSignature(text, signature, order_.publicKey,
-                                                    fingerprintOf(order_.publicKey), error)) {
+        } else if (!update::verifyManifestSignature(text, signature, options_.publicKey,
+                                                    fingerprintOf(options_.publicKey), error)) {
             problem(update::manifestName, "isn't believed by launchers with the key " +
-                                              order_.publicKey.string() + ": " + error);
+                                              options_.publicKey.string() + ": " + error);
             return false;
         }
         if (!update::parseManifest(text, result_.manifest, error)) {
@@ -91,9 +92,9 @@ private:
             return false;
         }
         const update::UpdateManifest& m = result_.manifest;
-        if (m.channel != order_.channel || m.platform != update::platformName) {
+        if (m.channel != options_.channel || m.platform != update::platformName) {
             problem(update::manifestName, "is refused by launchers, which look for the channel " +
-                                              order_.channel + " on " + update::platformName +
+                                              options_.channel + " on " + update::platformName +
                                               ": it is of " + m.channel + " on " + m.platform);
         }
         return true;
@@ -127,7 +128,7 @@ private:
         Progress progress("checking",
                           std::accumulate(files.begin(), files.end(), std::uint64_t{0}, add));
         std::mutex keeping;
-        forEach(files.size(), order_.threads, [&] {
+        forEach(files.size(), options_.threads, [&] {
             return [&](std::size_t i) {
                 Arrival arrival =
                     origin_->get(std::string(update::filesName) + "/" + files[i].path, nullptr);
@@ -192,7 +193,7 @@ private:
         result_.findings = std::move(merged);
     }
 
-    const CheckOrder& order_;
+    const CheckOptions& options_;
     std::unique_ptr<Origin> origin_;
     CheckResult result_;
 };
@@ -204,8 +205,8 @@ bool CheckResult::good() const {
                         [](const Finding& finding) { return finding.isProblem; });
 }
 
-CheckResult checkChannel(const CheckOrder& order) {
-    return Check(order).run();
+CheckResult checkChannel(const CheckOptions& options) {
+    return Check(options).run();
 }
 
 } // namespace ca::publisher

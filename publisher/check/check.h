@@ -12,7 +12,7 @@
 
 namespace ca::publisher {
 
-struct CheckOrder {
+struct CheckOptions {
     // a launcher's server address (http or https), or a channel root on this machine
     std::string address;
     std::string channel = "stable";
@@ -29,6 +29,6 @@ struct CheckResult {
 
 // Reads manifest, signature and every file. Whatever is wrong becomes a finding; throws Failure
 // only for a key file that can't be read. Blocks.
-CheckResult checkChannel(const CheckOrder& order);
+CheckResult checkChannel(const CheckOptions& options);
 
 } // namespace ca::publisher

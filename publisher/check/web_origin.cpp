@@ -34,14 +34,14 @@ public:
             arrival.notes.push_back({true, url, "can't be fetched: " + error});
             return arrival;
         }
-        AnswerHead head{url, net::finalUrl(open), net::responseHeaders(open), false};
+        Response response{url, net::finalUrl(open), net::responseHeaders(open), false};
         arrival.good = net::readBody(open, take, error);
         if (!arrival.good) {
             arrival.notes.push_back({true, url, "breaks off: " + error});
         }
         arrival.sha256 = digest.finish();
-        head.cut = arrival.good && arrival.size < announcedSize(head.fields);
-        for (Finding& finding : judgeAnswer(head)) {
+        response.cut = arrival.good && arrival.size < announcedSize(response.headers);
+        for (Finding& finding : judgeResponse(response)) {
             arrival.notes.push_back(std::move(finding));
         }
         return arrival;
@@ -53,11 +53,11 @@ public:
 
 private:
     // 0 where the length isn't that of the bytes as launchers count them.
-    static std::uint64_t announcedSize(const std::string& fields) {
-        const std::string length = fieldValue(fields, "content-length");
+    static std::uint64_t announcedSize(const std::string& headers) {
+        const std::string length = headerValue(headers, "content-length");
         std::uint64_t size = 0;
         std::from_chars(length.data(), length.data() + length.size(), size);
-        return fieldValue(fields, "content-encoding").empty() ? size : 0;
+        return headerValue(headers, "content-encoding").empty() ? size : 0;
     }
 
     std::string url_;

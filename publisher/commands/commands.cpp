@@ -37,30 +37,31 @@ std::string countText(std::size_t count, const std::string& noun) {
 void addKeys(CLI::App& program) {
     CLI::App* keys = program.add_subcommand("keys", "The key pair of the channel");
     keys->require_subcommand(1);
-    struct Order {
+    struct Options {
         fs::path folder = ".", passphraseFile;
         int bits = 3072;
         bool noPassphrase = false;
     };
-    const auto order = std::make_shared<Order>();
+    const auto options = std::make_shared<Options>();
     CLI::App* fresh = keys->add_subcommand(
         "new", "Makes a pair and prints the fingerprint that launchers compile in");
-    fresh->add_option("folder", order->folder, "Where to put the two files")->capture_default_str();
-    fresh->add_option("--bits", order->bits, "Size of the key")
+    fresh->add_option("folder", options->folder, "Where to put the two files")
+        ->capture_default_str();
+    fresh->add_option("--bits", options->bits, "Size of the key")
         ->capture_default_str()
         ->check(CLI::IsMember({2048, 3072, 4096}));
     CLI::Option* file =
-        fresh->add_option("--passphrase-file", order->passphraseFile, passphraseHelp);
-    fresh->add_flag("--no-passphrase", order->noPassphrase, "Leave the private key unencrypted")
+        fresh->add_option("--passphrase-file", options->passphraseFile, passphraseHelp);
+    fresh->add_flag("--no-passphrase", options->noPassphrase, "Leave the private key unencrypted")
         ->excludes(file);
-    fresh->callback([order] {
-        const fs::path key = order->folder / privateKeyName;
+    fresh->callback([options] {
+        const fs::path key = options->folder / privateKeyName;
         std::optional<std::string> passphrase;
-        if (!order->noPassphrase && !fs::exists(key)) {
-            passphrase = choosePassphrase(order->passphraseFile, key);
+        if (!options->noPassphrase && !fs::exists(key)) {
+            passphrase = choosePassphrase(options->passphraseFile, key);
         }
-        makeKeyPair(order->folder, order->bits, passphrase);
-        std::cout << fingerprintOf(order->folder / publicKeyName) << '\n';
+        makeKeyPair(options->folder, options->bits, passphrase);
+        std::cout << fingerprintOf(options->folder / publicKeyName) << '\n';
     });
 
     const auto publicKey = std::make_shared<fs::path>();
@@ -85,67 +86,67 @@ void printRelease(const ReleaseResult& result) {
 }
 
 void addRelease(CLI::App& program) {
-    struct Order : ReleaseOrder {
+    struct Options : ReleaseOptions {
         fs::path notesFile, passphraseFile;
     };
-    const auto order = std::make_shared<Order>();
-    order->threads = cores();
+    const auto options = std::make_shared<Options>();
+    options->threads = cores();
     CLI::App* release = program.add_subcommand(
         "release", "Makes a folder with the game the channel's live release");
-    release->add_option("tree", order->tree, "The folder, as players shall have it")
+    release->add_option("tree", options->tree, "The folder, as players shall have it")
         ->required()
         ->check(CLI::ExistingDirectory);
-    release->add_option("--version", order->version, "The release's version, such as 1.4.2")
+    release->add_option("--version", options->version, "The release's version, such as 1.4.2")
         ->required();
-    release->add_option("--key", order->privateKey, "The private key file")->required();
-    release->add_option("--to", order->root, "The channel root, which a web server serves")
+    release->add_option("--key", options->privateKey, "The private key file")->required();
+    release->add_option("--to", options->root, "The channel root, which a web server serves")
         ->required();
-    release->add_option("--channel", order->channel, "The channel's name")->capture_default_str();
-    release->add_option("--notes", order->notesFile, "File with the release notes (UTF-8)");
-    release->add_flag("--mandatory", order->mandatory, "Nobody plays on without this release");
-    release->add_option("--minimum-online-version", order->minimumOnlineVersion,
+    release->add_option("--channel", options->channel, "The channel's name")->capture_default_str();
+    release->add_option("--notes", options->notesFile, "File with the release notes (UTF-8)");
+    release->add_flag("--mandatory", options->mandatory, "Nobody plays on without this release");
+    release->add_option("--minimum-online-version", options->minimumOnlineVersion,
                         "Nobody plays on with an older one");
-    release->add_option("--protocol-version", order->protocolVersion, "For the game's own use")
+    release->add_option("--protocol-version", options->protocolVersion, "For the game's own use")
         ->capture_default_str();
-    release->add_option("--public-key", order->publicKey,
+    release->add_option("--public-key", options->publicKey,
                         "The file that players have (else the one beside the private key)");
-    release->add_option("--passphrase-file", order->passphraseFile, passphraseHelp);
-    release->add_option("--keep", order->keep, "How many older releases stay on the disk")
+    release->add_option("--passphrase-file", options->passphraseFile, passphraseHelp);
+    release->add_option("--keep", options->keep, "How many older releases stay on the disk")
         ->capture_default_str();
-    release->add_option("--jobs", order->threads, "Threads that read files")
+    release->add_option("--jobs", options->threads, "Threads that read files")
         ->capture_default_str()
         ->check(CLI::Range(1, 256));
-    release->add_flag("--allow-older", order->allowOlder, "Even if the live version isn't older");
-    release->add_flag("--new-key", order->allowNewKey,
+    release->add_flag("--allow-older", options->allowOlder, "Even if the live version isn't older");
+    release->add_flag("--new-key", options->allowNewKey,
                       "Even if the live release was signed with another key");
-    release->add_flag("--link", order->linked,
+    release->add_flag("--link", options->linked,
                       "Hard links instead of copies; never change the tree's files in place then");
-    release->callback([order] {
-        if (!order->notesFile.empty()) {
-            order->notes = readWhole(order->notesFile);
+    release->callback([options] {
+        if (!options->notesFile.empty()) {
+            options->notes = readWhole(options->notesFile);
         }
         const auto passphrase = [&](const fs::path& key) {
-            return findPassphrase(order->passphraseFile, key);
+            return findPassphrase(options->passphraseFile, key);
         };
         const auto warn = [](const std::string& text) {
             std::cerr << "warning: " << shown(text) << '\n';
         };
-        printRelease(makeRelease(*order, passphrase, warn));
+        printRelease(makeRelease(*options, passphrase, warn));
     });
 }
 
 void addDiff(CLI::App& program) {
-    struct Order {
+    struct Options {
         fs::path older, newer;
     };
-    const auto order = std::make_shared<Order>();
+    const auto options = std::make_shared<Options>();
     CLI::App* diff =
         program.add_subcommand("diff", "What a player of one release downloads for another");
-    diff->add_option("older", order->older, "A release's folder, or a manifest")->required();
-    diff->add_option("newer", order->newer, "Likewise")->required();
-    diff->callback([order] {
-        const update::UpdateManifest older = loadManifest(order->older);
-        const update::UpdateManifest newer = loadManifest(order->newer);
+    diff->add_option("older", options->older, "A release's folder, or a manifest")->required();
+    diff->add_option("newer", options->newer, "Likewise")->required();
+    diff->callback([options] {
+        const update::UpdateManifest older = loadManifest(options->older);
+        const update::UpdateManifest newer = loadManifest(options->newer);
         const Difference difference = compareReleases(older, newer);
         const auto print = [](const char* mark, const std::vector<update::ManifestFile>& files) {
             for (const update::ManifestFile& file : files) {
@@ -180,28 +181,28 @@ nlohmann::ordered_json jsonOf(const CheckResult& result) {
 }
 
 void addCheck(CLI::App& program, int& status) {
-    struct Order : CheckOrder {
+    struct Options : CheckOptions {
         bool json = false;
     };
-    const auto order = std::make_shared<Order>();
-    order->threads = cores();
+    const auto options = std::make_shared<Options>();
+    options->threads = cores();
     CLI::App* check =
         program.add_subcommand("check", "Plays a client: everything that a launcher would fetch");
     check
-        ->add_option("channel-root", order->address,
+        ->add_option("channel-root", options->address,
                      "The server's address as launchers have it, or a channel root")
         ->required();
-    check->add_option("--channel", order->channel, "The channel's name")->capture_default_str();
-    check->add_option("--key", order->publicKey, "The public key file that players have")
+    check->add_option("--channel", options->channel, "The channel's name")->capture_default_str();
+    check->add_option("--key", options->publicKey, "The public key file that players have")
         ->check(CLI::ExistingFile);
-    check->add_option("--jobs", order->threads, "Files fetched at once")
+    check->add_option("--jobs", options->threads, "Files fetched at once")
         ->capture_default_str()
         ->check(CLI::Range(1, 256));
-    check->add_flag("--json", order->json, "The result as one JSON object");
-    check->callback([order, &status] {
-        const CheckResult result = checkChannel(*order);
+    check->add_flag("--json", options->json, "The result as one JSON object");
+    check->callback([options, &status] {
+        const CheckResult result = checkChannel(*options);
         status = result.good() ? 0 : 1;
-        if (order->json) {
+        if (options->json) {
             std::cout << jsonOf(result).dump(1, ' ', true, nlohmann::json::error_handler_t::replace)
                       << '\n';
             return;
@@ -218,17 +219,17 @@ void addCheck(CLI::App& program, int& status) {
 }
 
 void addServe(CLI::App& program) {
-    const auto order = std::make_shared<ServeOrder>();
+    const auto options = std::make_shared<ServeOptions>();
     CLI::App* command = program.add_subcommand(
         "serve", "Serves a channel root with the system's nginx, to try it out");
-    command->add_option("root", order->root, "The channel root")->required();
-    command->add_option("--port", order->port, "TCP port; 0 takes a free one")
+    command->add_option("root", options->root, "The channel root")->required();
+    command->add_option("--port", options->port, "TCP port; 0 takes a free one")
         ->capture_default_str();
-    command->add_option("--address", order->address, "Address of this machine; 0.0.0.0 for all")
+    command->add_option("--address", options->address, "Address of this machine; 0.0.0.0 for all")
         ->capture_default_str();
-    command->add_option("--limit-rate", order->bytesPerSecond,
+    command->add_option("--limit-rate", options->bytesPerSecond,
                         "Bytes a second for each connection; 0: no limit");
-    command->callback([order] { serve(*order); });
+    command->callback([options] { serve(*options); });
 }
 
 } // namespace

@@ -76,7 +76,7 @@ struct Question {
     std::exception_ptr failure;
 };
 
-int answer(char* buffer, int size, int, void* context) {
+int passphraseFor(char* buffer, int size, int, void* context) {
     auto& question = *static_cast<Question*>(context);
     question.asked = true;
     try {
@@ -140,7 +140,7 @@ PrivateKey::PrivateKey(const fs::path& file, const PassphraseSource& passphrase)
     const std::string text = readWhole(file);
     const Memory memory(::BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
     Question question{file, passphrase, false, nullptr};
-    key_.reset(memory ? ::PEM_read_bio_PrivateKey(memory.get(), nullptr, answer, &question)
+    key_.reset(memory ? ::PEM_read_bio_PrivateKey(memory.get(), nullptr, passphraseFor, &question)
                       : nullptr);
     ::ERR_clear_error();
     if (question.failure) {

@@ -111,16 +111,16 @@ std::string passphrase(const std::filesystem::path& file, const std::filesystem:
             throw Failure("no terminal to ask for the passphrase of " + keyFile.string() +
                           ": give --passphrase-file or set " + passphraseVariable);
         }
-        const std::optional<std::string> answer = terminal.ask(question);
+        const std::optional<std::string> typed = terminal.ask(question);
         const std::optional<std::string> repeated =
-            answer && isNew ? terminal.ask("Once more: ") : answer;
+            typed && isNew ? terminal.ask("Once more: ") : typed;
         if (!repeated) {
             continue;
         }
-        if (answer != repeated) {
+        if (typed != repeated) {
             throw Failure("the two passphrases differ: nothing was made");
         }
-        return required(*answer, "the terminal");
+        return required(*typed, "the terminal");
     }
 }
 

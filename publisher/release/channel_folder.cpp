@@ -86,7 +86,7 @@ fs::path ChannelFolder::newRelease() const {
     return releases_ / newName;
 }
 
-fs::path ChannelFolder::publish(const std::string& version) const {
+fs::path ChannelFolder::makeLive(const std::string& version) const {
     fs::path place = releases_ / version;
     for (int number = 2; fs::exists(fs::symlink_status(place)); ++number) {
         // no version has that character

@@ -36,7 +36,7 @@ public:
     // Makes that folder the live release of `version`, in one step, after all of it has reached the
     // disk. Whoever asks the web server gets all of the old release before and all of the new one
     // after. Gives the folder's new place.
-    std::filesystem::path publish(const std::string& version) const;
+    std::filesystem::path makeLive(const std::string& version) const;
 
     // Removes all but the live release and the `count` others made last. Gives the
     // names of those removed.

@@ -8,7 +8,7 @@
 
 namespace ca::publisher {
 
-struct ReleaseOrder {
+struct ReleaseOptions {
     std::filesystem::path tree;
     std::filesystem::path root; // of the channels; made if missing
     std::filesystem::path privateKey;
@@ -26,10 +26,10 @@ struct ReleaseOrder {
     unsigned threads = 1;
 };
 
-// One line for each reason to refuse the order. Asks the disk where root and tree lie.
-std::vector<std::string> refusalsOf(const ReleaseOrder& order);
+// One line for each reason to refuse the options. Asks the disk where root and tree are.
+std::vector<std::string> refusalsOf(const ReleaseOptions& options);
 
 // One line for each thing that the publisher may not have meant.
-std::vector<std::string> warningsAbout(const ReleaseOrder& order);
+std::vector<std::string> warningsAbout(const ReleaseOptions& options);
 
 } // namespace ca::publisher

@@ -138,12 +138,12 @@ bool isProgram(std::string_view path) {
 
 // Large files first, so that no thread is left with one at the end.
 std::vector<std::size_t> byDescendingSize(const Tree& tree) {
-    std::vector<std::size_t> order(tree.files.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    std::vector<std::size_t> bySize(tree.files.size());
+    std::iota(bySize.begin(), bySize.end(), std::size_t{0});
+    std::stable_sort(bySize.begin(), bySize.end(), [&](std::size_t a, std::size_t b) {
         return tree.files[a].size > tree.files[b].size;
     });
-    return order;
+    return bySize;
 }
 
 } // namespace
@@ -155,7 +155,7 @@ PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path&
     PlacedFiles placed;
     placed.files.resize(tree.files.size());
     std::atomic<std::size_t> shared = 0;
-    const std::vector<std::size_t> order = byDescendingSize(tree);
+    const std::vector<std::size_t> bySize = byDescendingSize(tree);
     const auto place = [&](Worker& worker, std::size_t at) {
         update::ManifestFile& file = placed.files[at];
         file.path = tree.files[at].path;
@@ -177,8 +177,8 @@ PlacedFiles placeFiles(const Tree& tree, const fs::path& target, const fs::path&
             worker.copy(from, to, file);
         }
     };
-    forEach(order.size(), threads, [&] {
-        return [&, worker = Worker(progress)](std::size_t i) mutable { place(worker, order[i]); };
+    forEach(bySize.size(), threads, [&] {
+        return [&, worker = Worker(progress)](std::size_t i) mutable { place(worker, bySize[i]); };
     });
     placed.shared = shared;
     return placed;

@@ -52,7 +52,7 @@ void judgeFolders(const Tree& tree, const update::UpdateManifest& older, Lines& 
 
 // What the release is to replace. Both other refusals are there to be overruled,
 // by someone who means it.
-void judgeLive(const ReleaseOrder& order, const Tree& tree, const fs::path& live,
+void judgeLive(const ReleaseOptions& options, const Tree& tree, const fs::path& live,
                const fs::path& key, Lines& problems) {
     if (live.empty()) {
         return;
@@ -63,7 +63,7 @@ void judgeLive(const ReleaseOrder& order, const Tree& tree, const fs::path& live
     }
     update::UpdateManifest manifest;
     std::string error;
-    if (!order.allowNewKey && !readRelease(live, key, manifest, error)) {
+    if (!options.allowNewKey && !readRelease(live, key, manifest, error)) {
         problems.push_back("the live release in " + live.string() +
                            " isn't signed with this key (" + error +
                            "): launchers that believe that one would refuse the new release; "
@@ -74,60 +74,61 @@ void judgeLive(const ReleaseOrder& order, const Tree& tree, const fs::path& live
                            "): move it away");
     }
     judgeFolders(tree, manifest, problems);
-    if (!order.allowOlder && update::compareVersions(order.version, manifest.version) <= 0) {
-        problems.push_back("version " + order.version + " isn't newer than the live " +
+    if (!options.allowOlder && update::compareVersions(options.version, manifest.version) <= 0) {
+        problems.push_back("version " + options.version + " isn't newer than the live " +
                            shown(manifest.version) +
                            ", and launchers install no older one; --allow-older if that is meant");
     }
 }
 
-update::UpdateManifest headerOf(const ReleaseOrder& order) {
+update::UpdateManifest headerOf(const ReleaseOptions& options) {
     update::UpdateManifest manifest;
     manifest.product = update::productName;
-    manifest.channel = order.channel;
+    manifest.channel = options.channel;
     manifest.platform = update::platformName;
-    manifest.version = order.version;
-    manifest.protocol_version = order.protocolVersion;
-    manifest.minimum_online_version = order.minimumOnlineVersion;
-    manifest.mandatory = order.mandatory;
-    manifest.release_notes = order.notes;
+    manifest.version = options.version;
+    manifest.protocol_version = options.protocolVersion;
+    manifest.minimum_online_version = options.minimumOnlineVersion;
+    manifest.mandatory = options.mandatory;
+    manifest.release_notes = options.notes;
     return manifest;
 }
 
 } // namespace
 
-ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& passphrase,
+ReleaseResult makeRelease(const ReleaseOptions& options, const PassphraseSource& passphrase,
                           const std::function<void(const std::string&)>& warn) {
-    Lines problems = refusalsOf(order);
-    const Tree tree = scanTree(order.tree);
+    Lines problems = refusalsOf(options);
+    const Tree tree = scanTree(options.tree);
     problems.insert(problems.end(), tree.problems.begin(), tree.problems.end());
     if (!problems.empty()) {
         throw Failure(joined(problems));
     }
-    const PrivateKey key(order.privateKey, passphrase);
+    const PrivateKey key(options.privateKey, passphrase);
 
-    const ChannelFolder channel(order.root, order.channel);
+    const ChannelFolder channel(options.root, options.channel);
     const fs::path stage = channel.newRelease();
-    fs::path publicKey =
-        order.publicKey.empty() ? order.privateKey.parent_path() / publicKeyName : order.publicKey;
-    const bool derived = order.publicKey.empty() && !fs::exists(publicKey);
+    fs::path publicKey = options.publicKey.empty()
+                             ? options.privateKey.parent_path() / publicKeyName
+                             : options.publicKey;
+    const bool derived = options.publicKey.empty() && !fs::exists(publicKey);
     if (derived) {
         writeNewFile(publicKey = stage / publicKeyName, key.publicText(), 0644);
     }
     const fs::path live = channel.live();
-    judgeLive(order, tree, live, publicKey, problems);
+    judgeLive(options, tree, live, publicKey, problems);
     if (!problems.empty()) {
         throw Failure(joined(problems));
     }
-    for (const Lines& warnings : {warningsAbout(order), tree.warnings}) {
+    for (const Lines& warnings : {warningsAbout(options), tree.warnings}) {
         std::for_each(warnings.begin(), warnings.end(), warn);
     }
 
     ReleaseResult result;
-    result.manifest = headerOf(order);
+    result.manifest = headerOf(options);
     PlacedFiles placed =
         placeFiles(tree, stage / update::filesName, live.empty() ? live : live / update::filesName,
-                   order.linked, order.threads);
+                   options.linked, options.threads);
     result.manifest.files = std::move(placed.files);
     result.shared = placed.shared;
     const std::string text = manifestText(result.manifest);
@@ -138,9 +139,9 @@ ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& pas
     if (derived) {
         fs::remove(publicKey);
     }
-    result.folder = channel.publish(order.version);
+    result.folder = channel.makeLive(options.version);
     try {
-        result.removed = channel.keepOnly(order.keep);
+        result.removed = channel.keepOnly(options.keep);
     } catch (const std::exception& failure) {
         warn(std::string("the release is live, but an older one couldn't be removed: ") +
              failure.what());

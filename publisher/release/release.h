@@ -24,7 +24,7 @@ struct ReleaseResult {
 // live when. Whatever fails or interrupts it, the live release stays whole. `warn` gets the
 // warnings, before anything is written. Throws Failure, whose text names every reason to refuse,
 // one a line. Blocks for as long as it takes to read the tree.
-ReleaseResult makeRelease(const ReleaseOrder& order, const PassphraseSource& passphrase,
+ReleaseResult makeRelease(const ReleaseOptions& options, const PassphraseSource& passphrase,
                           const std::function<void(const std::string&)>& warn);
 
 } // namespace ca::publisher

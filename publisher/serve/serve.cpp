@@ -24,13 +24,13 @@ constexpr int waitingConnections = 511; // as nginx has it
 
 // Opened here and handed to nginx, so that the port can't be lost in between and the first
 // request needs no wait.
-Descriptor listenOn(const ServeOrder& order, std::uint16_t& port) {
+Descriptor listenOn(const ServeOptions& options, std::uint16_t& port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_port = htons(order.port);
-    if (::inet_pton(AF_INET, order.address.c_str(), &address.sin_addr) != 1) {
+    address.sin_port = htons(options.port);
+    if (::inet_pton(AF_INET, options.address.c_str(), &address.sin_addr) != 1) {
         throw Failure(
-            order.address +
+            options.address +
             " is no IPv4 address: give one of this machine, such as 127.0.0.1 or 0.0.0.0");
     }
     Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -41,7 +41,7 @@ Descriptor listenOn(const ServeOrder& order, std::uint16_t& port) {
         ::bind(socket.get(), generic, length) != 0 ||
         ::listen(socket.get(), waitingConnections) != 0 ||
         ::getsockname(socket.get(), generic, &length) != 0) {
-        failWithReason("can't listen on " + order.address + ":" + std::to_string(order.port) +
+        failWithReason("can't listen on " + options.address + ":" + std::to_string(options.port) +
                        ", choose another --port or --address");
     }
     port = ntohs(address.sin_port);
@@ -109,8 +109,8 @@ pid_t startNginx(const std::string& program, const fs::path& folder, const Descr
 
 } // namespace
 
-std::string serverConfiguration(const ServeOrder& order, std::uint16_t port) {
-    const std::string root = fs::absolute(order.root).string();
+std::string serverConfiguration(const ServeOptions& options, std::uint16_t port) {
+    const std::string root = fs::absolute(options.root).string();
     if (root.find_first_of("\"\\$\n") != std::string::npos) {
         throw Failure("nginx can't be given the folder " + root +
                       ": move it to one without '\"', '\\' and '$'");
@@ -123,17 +123,17 @@ std::string serverConfiguration(const ServeOrder& order, std::uint16_t port) {
     for (const char* module : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
         text += "    " + std::string(module) + "_temp_path temporary;\n";
     }
-    text += "    server {\n        listen " + order.address + ":" + std::to_string(port) +
+    text += "    server {\n        listen " + options.address + ":" + std::to_string(port) +
             ";\n        root \"" + root + "\";\n";
-    if (order.bytesPerSecond != 0) {
-        text += "        limit_rate " + std::to_string(order.bytesPerSecond) + ";\n";
+    if (options.bytesPerSecond != 0) {
+        text += "        limit_rate " + std::to_string(options.bytesPerSecond) + ";\n";
     }
     return text + std::string(channelConfiguration) + "    }\n}\n";
 }
 
-void serve(const ServeOrder& order) {
-    if (!fs::is_directory(order.root)) {
-        throw Failure(order.root.string() +
+void serve(const ServeOptions& options) {
+    if (!fs::is_directory(options.root)) {
+        throw Failure(options.root.string() +
                       " is no folder: name the channel root that \"release --to\" was given");
     }
     const std::string program = findNginx();
@@ -145,12 +145,12 @@ void serve(const ServeOrder& order) {
     ::sigprocmask(SIG_BLOCK, &ends, nullptr);
 
     std::uint16_t port = 0;
-    const Descriptor socket = listenOn(order, port);
+    const Descriptor socket = listenOn(options, port);
     const WorkFolder folder;
-    writeNewFile(folder.path / "nginx.conf", serverConfiguration(order, port), 0600);
+    writeNewFile(folder.path / "nginx.conf", serverConfiguration(options, port), 0600);
     const pid_t child = startNginx(program, folder.path, socket);
-    std::cout << "serving " << order.root.string() << " at http://" << order.address << ":" << port
-              << "/ until Ctrl-C\n"
+    std::cout << "serving " << options.root.string() << " at http://" << options.address << ":"
+              << port << "/ until Ctrl-C\n"
               << std::flush;
     int received = 0;
     int status = 0;

@@ -11,7 +11,7 @@ namespace ca::publisher {
 // The lines of docs/coldanchor-channel.conf, which real servers include too.
 extern const std::string_view channelConfiguration;
 
-struct ServeOrder {
+struct ServeOptions {
     std::filesystem::path root;        // of the channels
     std::string address = "127.0.0.1"; // IPv4, of this machine
     std::uint16_t port = 8080;         // 0: any that is free
@@ -19,12 +19,12 @@ struct ServeOrder {
 };
 
 // nginx's whole configuration for this. Throws Failure if the root's name can't be written in it.
-std::string serverConfiguration(const ServeOrder& order, std::uint16_t port);
+std::string serverConfiguration(const ServeOptions& options, std::uint16_t port);
 
 // Serves until the process is told to end (SIGINT, SIGTERM), which is a good end, or nginx ends by
 // itself. Prints the address in a line once requests are answered. Needs no rights; the server's
 // files lie in a temporary folder. Blocks those two signals in the calling thread; the only thread,
 // please. Throws Failure if nginx can't run or the port is taken.
-void serve(const ServeOrder& order);
+void serve(const ServeOptions& options);
 
 } // namespace ca::publisher

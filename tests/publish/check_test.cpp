@@ -57,7 +57,7 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
             const std::string text = publisher::manifestText(s.result.manifest);
             writeFile(s.live / "manifest.json", text);
             writeFile(s.live / "manifest.sig",
-                      publisher::PrivateKey(s.order.privateKey, {}).sign(text));
+                      publisher::PrivateKey(s.options.privateKey, {}).sign(text));
         } else {
             fs::remove(s.live / row.file);
             row.bytes != nullptr ? void(writeFile(s.live / row.file, row.bytes)) : void();
@@ -73,7 +73,7 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
     }
 }
 
-TEST(Check, FindsWhatAServerDoesToAnswers) {
+TEST(Check, FindsWhatAServerDoesToResponses) {
     Studio studio;
     ASSERT_EQ(studio.release(), "released");
     struct Row {

@@ -24,13 +24,13 @@ Lines underStrace(const fs::path& output, const std::string& injection) {
 // A channel whose live release is 1.4.2, and a tree that differs from it.
 struct Published : Studio {
     Published() {
-        order.keep = 0;
+        options.keep = 0;
         EXPECT_EQ(release(), "released");
         put("data/first.dat", "second");
         put("data/new.dat", std::string(300'000, '\0') + "new");
     }
     Lines words() const {
-        return {"release", tree, "--version", "1.4.3", "--key",  order.privateKey,
+        return {"release", tree, "--version", "1.4.3", "--key",  options.privateKey,
                 "--to",    root, "--keep",    "0",     "--jobs", "1"};
     }
     // Which release players get; fails the test unless it is whole.
@@ -75,7 +75,7 @@ TEST(Interruption, LeavesAWholeReleaseAtEveryOperation) {
                   128 + SIGKILL)
             << p.output;
         ++outcomes[p.offered()];
-        p.order.version = "1.4.4"; // the next run finds its way, and sweeps up
+        p.options.version = "1.4.4"; // the next run finds its way, and sweeps up
         EXPECT_EQ(p.release(), "released");
         EXPECT_EQ(p.offered(), "1.4.4");
         for (const char* folder : {".releases/stable", "stable"}) {

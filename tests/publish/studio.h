@@ -20,10 +20,10 @@ const fs::path& keyFolder();
 
 struct Studio {
     Studio() {
-        order.tree = tree;
-        order.root = root;
-        order.privateKey = keyFolder() / publisher::privateKeyName;
-        order.version = "1.4.2";
+        options.tree = tree;
+        options.root = root;
+        options.privateKey = keyFolder() / publisher::privateKeyName;
+        options.version = "1.4.2";
         put("ColdAnchor.exe", "game");
         put("ColdAnchorLauncher.exe", "launcher");
         put("ColdAnchorUpdateHelper.exe", "helper");
@@ -42,7 +42,7 @@ struct Studio {
         };
         try {
             result = publisher::makeRelease(
-                order, none, [this](const std::string& text) { warnings += text + "\n"; });
+                options, none, [this](const std::string& text) { warnings += text + "\n"; });
             return "released";
         } catch (const publisher::Failure& failure) {
             return failure.what();
@@ -50,7 +50,7 @@ struct Studio {
     }
 
     publisher::CheckResult check(const std::string& address = {}) const {
-        return publisher::checkChannel({address.empty() ? root.string() : address, order.channel,
+        return publisher::checkChannel({address.empty() ? root.string() : address, options.channel,
                                         keyFolder() / publisher::publicKeyName, 2});
     }
 
@@ -60,15 +60,15 @@ struct Studio {
         words.insert(words.begin(), before.begin(), before.end());
         fs::remove(folder / "output");
         const Lines environment{"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
-        const kit::ProcessOptions options{folder.path(), folder / "output", environment, -1};
-        const int status = kit::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
+        const kit::ProcessOptions process{folder.path(), folder / "output", environment, -1};
+        const int status = kit::Process(words, process).wait(std::chrono::seconds(60)).value_or(-1);
         output = readFile(folder / "output");
         return status;
     }
 
     TemporaryFolder folder{"/dev/shm"}; // in memory: each release brings the whole disk up to date
     fs::path tree = folder / "game", root = folder / "channel", live = root / "stable/windows";
-    publisher::ReleaseOrder order;
+    publisher::ReleaseOptions options;
     publisher::ReleaseResult result;
     std::string warnings, output;
 };

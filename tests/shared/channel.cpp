@@ -25,20 +25,20 @@ std::string signText(std::string_view text, const fs::path& privateKeyPem) {
 
 void makeLive(const fs::path& tree, const fs::path& channelRoot, const Release& release,
               const fs::path& privateKeyPem) {
-    publisher::ReleaseOrder order;
-    order.tree = tree;
-    order.root = channelRoot;
-    order.privateKey = privateKeyPem;
-    order.channel = release.channel;
-    order.version = release.version;
-    order.minimumOnlineVersion = release.minimumOnlineVersion;
-    order.notes = release.notes;
-    order.mandatory = release.mandatory;
-    order.allowOlder = order.allowNewKey = order.linked = true;
-    order.keep = 0;
-    order.threads = std::thread::hardware_concurrency();
+    publisher::ReleaseOptions options;
+    options.tree = tree;
+    options.root = channelRoot;
+    options.privateKey = privateKeyPem;
+    options.channel = release.channel;
+    options.version = release.version;
+    options.minimumOnlineVersion = release.minimumOnlineVersion;
+    options.notes = release.notes;
+    options.mandatory = release.mandatory;
+    options.allowOlder = options.allowNewKey = options.linked = true;
+    options.keep = 0;
+    options.threads = std::thread::hardware_concurrency();
     // what it warns of is meant here
-    publisher::makeRelease(order, refusePassphrase, [](const std::string&) {});
+    publisher::makeRelease(options, refusePassphrase, [](const std::string&) {});
 }
 
 void makeKeyPair(const fs::path& folder) {
