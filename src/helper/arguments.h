@@ -2,20 +2,21 @@
 #pragma once
 
 #include "helper/exit_status.h"
-#include "install/work_folders.h"
 
-#include <filesystem>
+#include <string>
 #include <windows.h>
 
 namespace ca::helper {
 
 // The launcher's request, with its paths made full ones.
 struct Arguments {
-    DWORD processId = 0;          // of the launcher that ends
-    std::filesystem::path staged; // the new launcher
-    std::filesystem::path target; // the launcher's place in the installation
-    std::filesystem::path folder; // the installation
-    install::WorkFolders folders; // of the attempt that staged the new launcher
+    DWORD processId = 0; // of the launcher that ends
+    std::wstring staged; // the new launcher
+    std::wstring target; // the launcher's place in the installation
+    std::wstring name;   // the last part of `target`, with its separator in front
+    std::wstring work;   // the installation's work folder
+    std::wstring stage;  // the stage folder that holds `staged`
+    std::wstring backup; // the backup folder of the same attempt
 };
 
 // Reads this process's command line. exitReplaced means that `arguments` is complete and may be

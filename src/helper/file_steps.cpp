@@ -2,12 +2,10 @@
 
 #include "system/files.h"
 #include "system/folders.h"
-#include "system/process.h"
 #include "system/retry.h"
+#include "system/start_program.h"
 
 namespace ca::helper {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -16,12 +14,12 @@ constexpr system::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longes
 
 } // namespace
 
-bool isProgram(const fs::path& file) {
+bool isProgram(const std::wstring& file) {
     return system::withRetries(times, [&] { return system::isProgram(file); });
 }
 
-bool keepAside(const fs::path& target, const fs::path& copy) {
-    const fs::path folder = copy.parent_path();
+bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name) {
+    const std::wstring copy = folder + name;
     system::makeFolders(folder); // mostly there already; a failure shows in the next step
     if (system::isLink(folder)) {
         return false;
@@ -38,15 +36,15 @@ bool keepAside(const fs::path& target, const fs::path& copy) {
     });
 }
 
-bool flushToDisk(const fs::path& file) {
+bool flushToDisk(const std::wstring& file) {
     return system::withRetries(times, [&] { return system::flushFile(file); });
 }
 
-bool moveOver(const fs::path& from, const fs::path& to) {
+bool moveOver(const std::wstring& from, const std::wstring& to) {
     return system::withRetries(times, [&] { return system::replaceFileThrough(from, to); });
 }
 
-bool start(const fs::path& program) {
+bool start(const std::wstring& program) {
     return system::withRetries(times, [&] { return system::startProgram(program, L"", 0); });
 }
 

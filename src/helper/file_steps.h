@@ -4,27 +4,28 @@
 // thread. Paths are full ones.
 #pragma once
 
-#include <filesystem>
+#include <string>
 
 namespace ca::helper {
 
 // A non-empty file that the system recognises as a 64-bit program.
-bool isProgram(const std::filesystem::path& file);
+bool isProgram(const std::wstring& file);
 
 // Makes the old launcher available under a second name, so that replacing the first can't lose it.
-// By a hard link, or by a copy where the volume knows no links. Makes the folder of `copy`, which
-// may not be a link, and replaces an older file there.
-bool keepAside(const std::filesystem::path& target, const std::filesystem::path& copy);
+// By a hard link, or by a copy where the volume knows no links. Makes `folder`, which may not be a
+// link, and replaces an older file there. `name` is the second name below `folder`, with its
+// separator in front.
+bool keepAside(const std::wstring& target, const std::wstring& folder, const std::wstring& name);
 
 // Brings the file's bytes to the disk, so that a power cut after a rename can't leave a name
 // without them.
-bool flushToDisk(const std::filesystem::path& file);
+bool flushToDisk(const std::wstring& file);
 
 // Renames `from` over `to`, on one volume: the name `to` means the old file or the new one at
 // every moment.
-bool moveOver(const std::filesystem::path& from, const std::filesystem::path& to);
+bool moveOver(const std::wstring& from, const std::wstring& to);
 
 // Starts a program of the installation, in its folder, without arguments.
-bool start(const std::filesystem::path& program);
+bool start(const std::wstring& program);
 
 } // namespace ca::helper

@@ -13,9 +13,10 @@ using namespace ca::helper;
 namespace {
 
 ExitStatus replaceLauncher(const Arguments& arguments) {
-    const std::filesystem::path old = arguments.folders.backup / arguments.target.filename();
+    const std::wstring old = arguments.backup + arguments.name;
     // A player may have renamed the launcher that is running: then its place is empty.
-    if (!ca::system::isMissing(arguments.target) && !keepAside(arguments.target, old)) {
+    if (!ca::system::isMissing(arguments.target) &&
+        !keepAside(arguments.target, arguments.backup, arguments.name)) {
         return exitNotKept;
     }
     if (!flushToDisk(arguments.staged) || !moveOver(arguments.staged, arguments.target)) {
@@ -51,8 +52,8 @@ int main() {
         }
     }
     // Also after a failure: nothing of it is ever used again.
-    if (!ca::system::isLink(arguments.folders.work)) {
-        ca::system::removeFolder(arguments.folders.stage);
+    if (!ca::system::isLink(arguments.work)) {
+        ca::system::removeFolder(arguments.stage);
     }
     return status;
 }

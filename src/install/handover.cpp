@@ -1,7 +1,5 @@
 #include "install/handover.h"
 
-#include "system/path.h"
-
 namespace ca::install {
 
 namespace {
@@ -11,8 +9,8 @@ constexpr const wchar_t* replaceOption = L"--replace";
 constexpr const wchar_t* targetOption = L"--target";
 constexpr const wchar_t* relaunchOption = L"--relaunch";
 
-std::wstring pathArgument(const wchar_t* option, const std::filesystem::path& path) {
-    return L" " + std::wstring(option) + L" \"" + system::wideFromPath(path) + L"\"";
+std::wstring pathArgument(const wchar_t* option, const std::wstring& path) {
+    return L" " + std::wstring(option) + L" \"" + path + L"\"";
 }
 
 bool readProcessId(const std::wstring& text, DWORD& processId) {
@@ -21,6 +19,7 @@ bool readProcessId(const std::wstring& text, DWORD& processId) {
         text.find_first_not_of(L"0123456789") != std::wstring::npos) {
         return false;
     }
+    // Ten digits may still be too many for the system's numbers, and 0 is no launcher's.
     const unsigned long long number = std::stoull(text);
     processId = static_cast<DWORD>(number);
     return number == processId && number != 0;
@@ -42,9 +41,9 @@ bool readHandover(const std::vector<std::wstring>& words, Handover& handover) {
     if (!isComplete || !readProcessId(words[2], handover.processId)) {
         return false;
     }
-    handover.staged = system::pathFromWide(words[4]);
-    handover.target = system::pathFromWide(words[6]);
-    handover.relaunch = system::pathFromWide(words[8]);
+    handover.staged = words[4];
+    handover.target = words[6];
+    handover.relaunch = words[8];
     return true;
 }
 

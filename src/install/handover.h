@@ -2,7 +2,6 @@
 // takes the place of the running one. Pure; any thread.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 #include <windows.h>
@@ -13,10 +12,10 @@ namespace ca::install {
 //   "<helper>" --wait-pid <pid> --replace "<staged>" --target "<target>" --relaunch "<relaunch>"
 // Paths are absolute; none holds a quotation mark.
 struct Handover {
-    DWORD processId = 0;            // of the launcher, whose end the helper waits for
-    std::filesystem::path staged;   // the new launcher
-    std::filesystem::path target;   // its place in the installation
-    std::filesystem::path relaunch; // the program to start then; launchers name `target`
+    DWORD processId = 0;   // of the launcher, whose end the helper waits for
+    std::wstring staged;   // path of the new launcher
+    std::wstring target;   // path of its place in the installation
+    std::wstring relaunch; // path of the program to start then; launchers name `target`
 };
 
 // The command line behind the program's name, with a space in front.

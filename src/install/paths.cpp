@@ -1,6 +1,6 @@
 #include "install/paths.h"
 
-#include "system/process.h"
+#include "system/this_process.h"
 
 namespace ca::install {
 
@@ -9,6 +9,7 @@ namespace fs = std::filesystem;
 fs::path executableDir() {
     const fs::path executable = system::executableFile();
     if (executable.empty()) {
+        // Better a wrong folder, in which nothing is found, than no launcher.
         std::error_code ignored;
         return fs::current_path(ignored);
     }

@@ -10,7 +10,6 @@ namespace ca::install {
 inline constexpr std::string_view launcherFileName = "ColdAnchorLauncher.exe";
 inline constexpr std::string_view helperFileName = "ColdAnchorUpdateHelper.exe";
 inline constexpr std::string_view gameFileName = "ColdAnchor.exe";
-inline constexpr const char* workFolderName = ".coldanchor-update";
 
 // The player's files: where the game kept them once, and where they go without a folder of the
 // player's own.

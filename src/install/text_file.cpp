@@ -50,6 +50,7 @@ bool moveOver(const fs::path& from, const fs::path& to) {
 
 bool writeTextFile(const fs::path& path, std::string_view text) {
     system::makeFolders(path.parent_path()); // a failure shows when the file is opened
+    // In the same folder, and so on the same volume, where a rename is one step.
     fs::path fresh = path;
     fresh += ".new";
     if (writeFlushed(fresh, text) && moveOver(fresh, path)) {

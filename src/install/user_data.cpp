@@ -1,9 +1,9 @@
 #include "install/user_data.h"
 
 #include "install/paths.h"
-#include "system/files.h"
+#include "system/file_kind.h"
 #include "system/path.h"
-#include "system/process.h"
+#include "system/this_process.h"
 
 #include <string>
 
@@ -12,8 +12,11 @@ namespace ca::install {
 namespace fs = std::filesystem;
 
 fs::path userDataDir() {
+    // Asked for as wide texts, so that any user name makes the right folder. Windows sets both; a
+    // player who starts the launcher by a script of their own may have unset one.
     for (const wchar_t* variable : {L"LOCALAPPDATA", L"APPDATA"}) {
-        if (const std::wstring value = system::environmentValue(variable); !value.empty()) {
+        const std::wstring value = system::environmentValue(variable);
+        if (!value.empty()) {
             return system::pathFromWide(value) / "ColdAnchor";
         }
     }

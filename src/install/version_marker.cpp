@@ -8,6 +8,7 @@ namespace ca::install {
 std::string readInstalledVersion(const std::filesystem::path& installDir) {
     const std::string text = readTextFile(versionMarkerFile(installDir));
     const std::string_view version = trimText(text);
+    // Trimmed, because a marker that was written by hand may end in any way.
     return std::string(version.empty() ? builtInVersion : version);
 }
 

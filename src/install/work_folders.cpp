@@ -1,50 +1,29 @@
 #include "install/work_folders.h"
 
-#include "install/paths.h"
-#include "system/path.h"
-
-#include <iterator>
-#include <string_view>
-
 namespace ca::install {
-
-namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view stagePrefix = "stage-";
-constexpr std::string_view backupPrefix = "backup-";
-
-// The stamp in a stage folder's name; empty for any other name.
-std::string stampOf(const fs::path& stageName) {
-    const std::string name = system::utf8FromPath(stageName);
-    if (!name.starts_with(stagePrefix)) {
-        return {};
-    }
-    const std::string stamp = name.substr(stagePrefix.size());
-    const bool isNumber = stamp.find_first_not_of("0123456789") == std::string::npos;
-    return isNumber ? stamp : std::string();
-}
+constexpr std::wstring_view stagePrefix = L"stage-";
+constexpr std::wstring_view backupPrefix = L"backup-";
 
 } // namespace
 
-WorkFolders workFolders(const fs::path& installDir, const std::string& stamp) {
-    WorkFolders folders;
-    folders.work = installDir / workFolderName;
-    folders.stage = folders.work / (std::string(stagePrefix) + stamp);
-    folders.backup = folders.work / (std::string(backupPrefix) + stamp);
-    return folders;
+std::wstring stageFolderName(std::wstring_view stamp) {
+    return std::wstring(stagePrefix).append(stamp);
 }
 
-bool findWorkFolders(const fs::path& installDir, const fs::path& staged, WorkFolders& folders) {
-    const fs::path inside = staged.lexically_relative(installDir / workFolderName);
-    const bool namesFile = std::distance(inside.begin(), inside.end()) > 1 && inside.has_filename();
-    const std::string stamp = namesFile ? stampOf(*inside.begin()) : std::string();
-    if (stamp.empty()) {
-        return false;
+std::wstring backupFolderName(std::wstring_view stamp) {
+    return std::wstring(backupPrefix).append(stamp);
+}
+
+std::wstring stampOfStage(std::wstring_view folderName) {
+    if (!folderName.starts_with(stagePrefix)) {
+        return {};
     }
-    folders = workFolders(installDir, stamp);
-    return true;
+    const std::wstring_view stamp = folderName.substr(stagePrefix.size());
+    const bool isNumber = stamp.find_first_not_of(L"0123456789") == std::wstring_view::npos;
+    return isNumber ? std::wstring(stamp) : std::wstring();
 }
 
 } // namespace ca::install

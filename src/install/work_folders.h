@@ -5,26 +5,22 @@
 //   <installation>/.coldanchor-update/backup-<stamp>/    what was replaced, under its own path
 //
 // All of it is on the installation's volume, so that every move is a rename. The stamp is the time
-// of one attempt, so nothing of an earlier attempt is ever used again. Touches no disk; any thread.
+// of one attempt, in milliseconds since 1970, so nothing of an earlier attempt is ever used again.
+// Pure; any thread.
 #pragma once
 
-#include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace ca::install {
 
-struct WorkFolders {
-    std::filesystem::path work;
-    std::filesystem::path stage;
-    std::filesystem::path backup;
-};
+inline constexpr const char* workFolderName = ".coldanchor-update";
 
-// The folders of the attempt that began at `stamp`: milliseconds since 1970, in decimal digits.
-WorkFolders workFolders(const std::filesystem::path& installDir, const std::string& stamp);
+// `stamp` is a number in decimal digits. Wide, as the update helper reads the names.
+std::wstring stageFolderName(std::wstring_view stamp);
+std::wstring backupFolderName(std::wstring_view stamp);
 
-// The folders of the attempt that staged the file `staged`. False unless it is below a stage folder
-// of this installation, by its name: both paths are full ones without "." and "..".
-bool findWorkFolders(const std::filesystem::path& installDir, const std::filesystem::path& staged,
-                     WorkFolders& folders);
+// The stamp in a stage folder's name; empty for a name that stageFolderName doesn't return.
+std::wstring stampOfStage(std::wstring_view folderName);
 
 } // namespace ca::install

@@ -2,8 +2,8 @@
 
 #include "system/files.h"
 #include "system/path.h"
-#include "system/process.h"
 #include "system/text.h"
+#include "system/this_process.h"
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,8 @@
 #include "job/self_update.h"
 
 #include "install/handover.h"
-#include "system/process.h"
+#include "system/path.h"
+#include "system/start_program.h"
 
 #include <windows.h>
 
@@ -13,7 +14,9 @@ bool startUpdateHelper(const std::filesystem::path& helper,
     if (::GetEnvironmentVariableW(install::handoverFailedVariable, nullptr, 0) != 0) {
         return false;
     }
-    const install::Handover handover{::GetCurrentProcessId(), stagedLauncher, target, target};
+    const std::wstring place = system::wideFromPath(target);
+    const install::Handover handover{::GetCurrentProcessId(), system::wideFromPath(stagedLauncher),
+                                     place, place};
     return system::startProgram(helper, install::handoverArguments(handover), CREATE_NO_WINDOW);
 }
 

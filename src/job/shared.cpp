@@ -7,10 +7,12 @@ SharedSnapshot snapshotShared(Shared& shared) {
     return shared.state;
 }
 
-void setTexts(SharedSnapshot& state, JobState jobState, std::string status, std::string detail) {
+void setTexts(SharedSnapshot& state, JobState jobState, std::string_view status,
+              std::string_view detail) {
     state.jobState = jobState;
-    state.statusText = std::move(status);
-    state.detailText = std::move(detail);
+    // Copied into the memory that is there: where it is enough, this can't fail.
+    state.statusText = status;
+    state.detailText = detail;
 }
 
 } // namespace ca::job

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 namespace ca::job {
 
@@ -54,6 +55,7 @@ void changeShared(Shared& shared, Change change) {
 }
 
 // The state's phase and both lines of text, for use within a change.
-void setTexts(SharedSnapshot& state, JobState jobState, std::string status, std::string detail);
+void setTexts(SharedSnapshot& state, JobState jobState, std::string_view status,
+              std::string_view detail);
 
 } // namespace ca::job

@@ -22,9 +22,9 @@ using update::UpdatePlan;
 enum class Phase { Checking, Installing };
 
 // One ending, written as one step. The player can click again afterwards.
-void finish(Shared& shared, JobState jobState, std::string status, std::string detail) {
+void finish(Shared& shared, JobState jobState, std::string_view status, std::string_view detail) {
     changeShared(shared, [&](SharedSnapshot& state) {
-        setTexts(state, jobState, std::move(status), std::move(detail));
+        setTexts(state, jobState, status, detail);
         state.busy = false;
     });
 }
@@ -110,9 +110,9 @@ bool mayInstall(const UpdateJob& job) {
 
 void announceUpdate(const UpdateJob& job, const UpdatePlan& plan) {
     const char* headline = job.repair ? "REPAIRING GAME FILES..." : "DOWNLOADING UPDATE...";
-    std::string detail = std::to_string(plan.files.size()) + " FILES REQUIRE UPDATE";
+    const std::string detail = std::to_string(plan.files.size()) + " FILES REQUIRE UPDATE";
     changeShared(*job.shared, [&](SharedSnapshot& state) {
-        setTexts(state, JobState::Updating, headline, std::move(detail));
+        setTexts(state, JobState::Updating, headline, detail);
     });
 }
 

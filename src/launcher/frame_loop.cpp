@@ -4,7 +4,7 @@
 #include "launcher/game.h"
 #include "launcher/layout.h"
 #include "launcher/screen.h"
-#include "system/files.h"
+#include "system/file_kind.h"
 #include "system/path.h"
 
 namespace ca::launcher {
@@ -13,13 +13,14 @@ namespace {
 
 // The one thing that the main thread itself writes into the record, apart from the start of a job.
 void reportMissingGame(job::Shared& shared, const std::filesystem::path& exePath) {
-    std::string path = system::utf8FromPath(exePath);
+    const std::string path = system::utf8FromPath(exePath);
     job::changeShared(shared, [&](job::SharedSnapshot& state) {
-        setTexts(state, job::JobState::Failed, "GAME EXECUTABLE MISSING", std::move(path));
+        setTexts(state, job::JobState::Failed, "GAME EXECUTABLE MISSING", path);
     });
 }
 
-// True when the game has been started and the launcher's work is done.
+// True when the game has been started and the launcher's work is done. A file that is missing and
+// one that can't be started read the same: for the player both mean a repair.
 bool play(const LauncherState& launcher) {
     const std::filesystem::path exePath = launcher.installDir / gameExecutableName();
     if (system::pathExists(exePath) && startGame(exePath)) {

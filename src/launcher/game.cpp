@@ -1,7 +1,7 @@
 #include "launcher/game.h"
 
 #include "install/paths.h"
-#include "system/process.h"
+#include "system/start_program.h"
 
 namespace ca::launcher {
 

@@ -16,13 +16,23 @@
 
 using namespace ca;
 
+namespace {
+
+// Matched whole, wherever it is among the arguments; all others are ignored.
+bool hasOption(int argc, char** argv, std::string_view option) {
+    char** const first = argv + std::min(argc, 1); // behind the program's name, if there is one
+    char** const end = argv + argc;
+    return std::find(first, end, option) != end;
+}
+
+} // namespace
+
 int main(int argc, char* argv[]) {
     launcher::LauncherState launcher;
-    launcher.elevatedUpdate = std::find(argv + std::min(argc, 1), argv + argc,
-                                        std::string_view(job::elevatedOption)) != argv + argc;
-    if (const auto status = launcher::openWindow(launcher.window, launcher.renderer);
-        status != launcher::exitSuccess) {
-        return status;
+    launcher.elevatedUpdate = hasOption(argc, argv, job::elevatedOption);
+    const auto opened = launcher::openWindow(launcher.window, launcher.renderer);
+    if (opened != launcher::exitSuccess) {
+        return opened;
     }
 
     launcher.installDir = install::executableDir();
@@ -36,6 +46,7 @@ int main(int argc, char* argv[]) {
     launcher.channel = update::launcherChannel;
     job::beginUpdateJob(shared, launcher.installDir, launcher.channel, false,
                         launcher.elevatedUpdate);
+    // The job works meanwhile.
     launcher.localPatchNotes = launcher::loadLocalPatchNotes(launcher.installDir);
 
     launcher::runFrameLoop(launcher);

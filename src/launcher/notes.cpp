@@ -3,7 +3,6 @@
 #include "install/text_file.h"
 #include "install/version_marker.h"
 #include "system/path.h"
-#include "system/text.h"
 #include "update/channel.h"
 
 #include <algorithm>
@@ -15,12 +14,13 @@ std::string loadLocalPatchNotes(const std::filesystem::path& installDir) {
     const std::string version = install::readInstalledVersion(installDir);
     // The marker's bytes may be anything, and no name may stop the launcher.
     const std::filesystem::path versioned =
-        system::pathFromWide(L"PATCH_NOTES_v" + system::wideFromUtf8(version) + L".txt");
+        system::pathFromUtf8("PATCH_NOTES_v" + version + ".txt");
     const std::array candidates{installDir / "data" / "patch_notes.txt", installDir / versioned,
                                 installDir / "PATCH_NOTES.txt"};
     for (const std::filesystem::path& candidate : candidates) {
         const std::string file = install::readTextFile(candidate);
-        if (const std::string_view text = install::trimText(file); !text.empty()) {
+        const std::string_view text = install::trimText(file);
+        if (!text.empty()) {
             return std::string(text);
         }
     }
@@ -37,7 +37,8 @@ const std::string& chooseNotesText(const job::SharedSnapshot& snapshot,
 
 namespace {
 
-// Builds rows out of words.
+// Builds rows out of words. The row in the making and the word in the making are kept apart,
+// because only the word's end tells on which row it goes.
 class Wrapper {
 public:
     Wrapper(std::size_t width, std::size_t maxLines) : width_(width), maxLines_(maxLines) {}
@@ -89,6 +90,8 @@ private:
 
 std::vector<std::string> wrapText(std::string_view text, std::size_t width, std::size_t maxLines) {
     Wrapper wrapper(width, maxLines);
+    // One pass: filtering the whole text first would cost as much as the text is long, on every
+    // frame, where 18 rows show.
     for (const char c : text) {
         if (c == '\n') {
             wrapper.endParagraph();

@@ -25,6 +25,7 @@ void drawBackground(SDL_Renderer* renderer) {
     fill(renderer, {44, 44, 600, 552}, 17, 26, 31);
 }
 
+// The left half. Positions and colours are the design's own numbers, here and below.
 void drawNotes(SDL_Renderer* renderer, const std::string& version, const std::string& notes) {
     drawText(renderer, 58, 64, "COLD ANCHOR", 2.45f, 225, 61, 48);
     drawText(renderer, 60, 104, "EXTRACT OR DIE // ONLINE WORLD", 0.92f, 166, 187, 181);
@@ -80,6 +81,7 @@ void drawProgress(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
         }
         return;
     }
+    // A file that is larger than its manifest says drives the sum past the total.
     const float ratio = std::min(static_cast<float>(snapshot.progressDone) /
                                      static_cast<float>(snapshot.progressTotal),
                                  1.0f);
@@ -89,6 +91,7 @@ void drawProgress(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
     drawText(renderer, 720, 342, label, 0.82f, 178, 195, 189);
 }
 
+// A required update is told before anything else: while it stands, no click starts the game.
 void drawButtons(SDL_Renderer* renderer, const job::SharedSnapshot& snapshot) {
     fill(renderer, repairButton, 31, 45, 54);
     drawText(renderer, 736, 466, "REPAIR", 0.95f, 225, 235, 232);

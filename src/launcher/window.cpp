@@ -27,10 +27,12 @@ ExitStatus openWindow(SDL_Window*& window, SDL_Renderer*& renderer) {
 }
 
 void setWindowIcon(SDL_Window* window, const std::filesystem::path& image) {
-    if (SDL_Surface* icon = IMG_Load(system::utf8FromPath(image).c_str())) {
-        SDL_SetWindowIcon(window, icon);
-        SDL_DestroySurface(icon);
+    SDL_Surface* const icon = IMG_Load(system::utf8FromPath(image).c_str());
+    if (icon == nullptr) {
+        return; // the launcher is as good without
     }
+    SDL_SetWindowIcon(window, icon); // keeps a copy
+    SDL_DestroySurface(icon);
 }
 
 void closeWindow(SDL_Window* window, SDL_Renderer* renderer) {

@@ -10,6 +10,8 @@ namespace ca::net {
 
 namespace {
 
+// 0 without a size or with one that is no number. It is asked for as text, because as a number it
+// would be cut to 32 bits.
 std::uint64_t announcedSize(const OpenRequest& open) {
     std::array<wchar_t, 64> text{};
     DWORD size = sizeof text;
@@ -28,12 +30,13 @@ std::uint64_t announcedSize(const OpenRequest& open) {
 } // namespace
 
 bool readBody(const OpenRequest& open, const BodySink& sink, std::string& error) {
-    std::vector<char> chunk;
+    std::vector<char> chunk; // as large as the largest that has come
     for (;;) {
         DWORD available = 0;
         if (!::WinHttpQueryDataAvailable(open.request.get(), &available)) {
             break;
         }
+        // Only this ends a body: a read of no bytes doesn't.
         if (available == 0) {
             return true;
         }

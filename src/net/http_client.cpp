@@ -24,7 +24,8 @@ bool crackUrl(std::string_view url, RequestTarget& target) {
     const std::wstring wide = system::wideFromUtf8(url);
     URL_COMPONENTS parts{};
     parts.dwStructSize = sizeof parts;
-    parts.dwHostNameLength = static_cast<DWORD>(-1); // -1 asks for a pointer into the text
+    // -1 asks for a pointer into the text.
+    parts.dwHostNameLength = static_cast<DWORD>(-1);
     parts.dwUrlPathLength = static_cast<DWORD>(-1);
     parts.dwExtraInfoLength = static_cast<DWORD>(-1);
     if (!::WinHttpCrackUrl(wide.c_str(), 0, 0, &parts)) {
@@ -46,6 +47,70 @@ bool fail(std::string& error, std::string_view token) {
     return false;
 }
 
+bool openSession(DWORD accessType, OpenRequest& open, std::string& error) {
+    open.session.reset(
+        ::WinHttpOpen(userAgent, accessType, WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
+    if (!open.session) {
+        return fail(error, "winhttp_open_failed");
+    }
+    // Refused times are no error either: the system's own are longer, and as good.
+    static_cast<void>(::WinHttpSetTimeouts(open.session.get(), resolveTimeout, connectTimeout,
+                                           sendTimeout, receiveTimeout));
+    setOption(open.session.get(), WINHTTP_OPTION_SECURE_PROTOCOLS,
+              WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2);
+    return true;
+}
+
+// Neither of the two calls touches the network yet.
+bool openGet(const RequestTarget& target, OpenRequest& open, std::string& error) {
+    open.connection.reset(
+        ::WinHttpConnect(open.session.get(), target.host.c_str(), target.port, 0));
+    if (!open.connection) {
+        return fail(error, "winhttp_connect_failed");
+    }
+    const DWORD flags = target.secure ? WINHTTP_FLAG_SECURE : 0;
+    open.request.reset(::WinHttpOpenRequest(open.connection.get(), L"GET", target.path.c_str(),
+                                            nullptr, WINHTTP_NO_REFERER,
+                                            WINHTTP_DEFAULT_ACCEPT_TYPES, flags));
+    if (!open.request) {
+        return fail(error, "winhttp_request_failed");
+    }
+    // What arrives is judged by signature and digests, so it may come from anywhere, also from
+    // plain http behind https.
+    setOption(open.request.get(), WINHTTP_OPTION_REDIRECT_POLICY,
+              WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS);
+    setOption(open.request.get(), WINHTTP_OPTION_DECOMPRESSION,
+              WINHTTP_DECOMPRESSION_FLAG_GZIP | WINHTTP_DECOMPRESSION_FLAG_DEFLATE);
+    return true;
+}
+
+// Sends the request and waits for the headers.
+bool exchange(const OpenRequest& open, std::string& error) {
+    if (!::WinHttpSendRequest(open.request.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
+                              WINHTTP_NO_REQUEST_DATA, 0, 0, 0)) {
+        return fail(error, "winhttp_send_failed");
+    }
+    if (!::WinHttpReceiveResponse(open.request.get(), nullptr)) {
+        return fail(error, "winhttp_receive_failed");
+    }
+    return true;
+}
+
+bool judgeStatus(const OpenRequest& open, std::string& error) {
+    DWORD status = 0;
+    DWORD size = sizeof status;
+    const DWORD question = WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER;
+    if (!::WinHttpQueryHeaders(open.request.get(), question, WINHTTP_HEADER_NAME_BY_INDEX, &status,
+                               &size, WINHTTP_NO_HEADER_INDEX)) {
+        return fail(error, "winhttp_status_failed");
+    }
+    if (status >= 200 && status <= 299) {
+        return true;
+    }
+    error = "http_" + std::to_string(status);
+    return false;
+}
+
 } // namespace
 
 std::string lastErrorToken(std::string_view token) {
@@ -55,53 +120,8 @@ std::string lastErrorToken(std::string_view token) {
 
 bool sendGetRequest(const RequestTarget& target, DWORD accessType, OpenRequest& open,
                     std::string& error) {
-    open.session.reset(
-        ::WinHttpOpen(userAgent, accessType, WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0));
-    if (!open.session) {
-        return fail(error, "winhttp_open_failed");
-    }
-    static_cast<void>(::WinHttpSetTimeouts(open.session.get(), resolveTimeout, connectTimeout,
-                                           sendTimeout, receiveTimeout));
-    setOption(open.session.get(), WINHTTP_OPTION_SECURE_PROTOCOLS,
-              WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2);
-
-    open.connection.reset(
-        ::WinHttpConnect(open.session.get(), target.host.c_str(), target.port, 0));
-    if (!open.connection) {
-        return fail(error, "winhttp_connect_failed");
-    }
-
-    open.request.reset(::WinHttpOpenRequest(
-        open.connection.get(), L"GET", target.path.c_str(), nullptr, WINHTTP_NO_REFERER,
-        WINHTTP_DEFAULT_ACCEPT_TYPES, target.secure ? WINHTTP_FLAG_SECURE : 0));
-    if (!open.request) {
-        return fail(error, "winhttp_request_failed");
-    }
-    setOption(open.request.get(), WINHTTP_OPTION_REDIRECT_POLICY,
-              WINHTTP_OPTION_REDIRECT_POLICY_ALWAYS);
-    setOption(open.request.get(), WINHTTP_OPTION_DECOMPRESSION,
-              WINHTTP_DECOMPRESSION_FLAG_GZIP | WINHTTP_DECOMPRESSION_FLAG_DEFLATE);
-
-    if (!::WinHttpSendRequest(open.request.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0,
-                              WINHTTP_NO_REQUEST_DATA, 0, 0, 0)) {
-        return fail(error, "winhttp_send_failed");
-    }
-    if (!::WinHttpReceiveResponse(open.request.get(), nullptr)) {
-        return fail(error, "winhttp_receive_failed");
-    }
-
-    DWORD status = 0;
-    DWORD size = sizeof status;
-    if (!::WinHttpQueryHeaders(
-            open.request.get(), WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER,
-            WINHTTP_HEADER_NAME_BY_INDEX, &status, &size, WINHTTP_NO_HEADER_INDEX)) {
-        return fail(error, "winhttp_status_failed");
-    }
-    if (status >= 200 && status <= 299) {
-        return true;
-    }
-    error = "http_" + std::to_string(status);
-    return false;
+    return openSession(accessType, open, error) && openGet(target, open, error) &&
+           exchange(open, error) && judgeStatus(open, error);
 }
 
 bool openRequest(std::string_view url, OpenRequest& open, std::string& error) {
@@ -114,6 +134,8 @@ bool openRequest(std::string_view url, OpenRequest& open, std::string& error) {
         return true;
     }
 
+    // Whatever the reason was, a broken proxy may stand behind it: one more try goes without. The
+    // first attempt is closed before, so that never more than one connection is open.
     std::string first = std::move(error);
     open.request.reset();
     open.connection.reset();

@@ -9,6 +9,7 @@ std::string joinUrl(std::string_view base, std::string_view relative) {
     if (relative.empty()) {
         return std::string(base);
     }
+    // Only the one byte at each end counts: what else is in a URL is the server's business.
     std::string url(base);
     if (base.ends_with('/') && relative.starts_with('/')) {
         relative.remove_prefix(1);

@@ -3,8 +3,9 @@
 // error says why, so that withRetries can judge it, and nothing has changed.
 #pragma once
 
+#include "system/system_path.h"
+
 #include <cstddef>
-#include <filesystem>
 #include <windows.h>
 
 namespace ca::system {
@@ -15,10 +16,10 @@ class FileHandle {
 public:
     // Opens an existing file for reading front to back. Others may read, write, rename or delete
     // it meanwhile.
-    static FileHandle openForReading(const std::filesystem::path& path);
+    static FileHandle openForReading(const SystemPath& path);
     // Makes the file, or empties the one that is there, for writing. Others may only read it
     // meanwhile.
-    static FileHandle createForWriting(const std::filesystem::path& path);
+    static FileHandle createForWriting(const SystemPath& path);
 
     FileHandle(const FileHandle&) = delete;
     FileHandle& operator=(const FileHandle&) = delete;
@@ -39,43 +40,38 @@ private:
     HANDLE handle_;
 };
 
-// Whether something of any kind is there; whether a file is. Links are followed. A path whose
-// status can't be read counts as absent.
-bool pathExists(const std::filesystem::path& path);
-bool isFile(const std::filesystem::path& path);
-
 // Whether nothing is there, and the system says so. A link counts as something, wherever it leads.
-bool isMissing(const std::filesystem::path& path);
+bool isMissing(const SystemPath& path);
 
 // Whether the path itself is a link to somewhere else; a link on the way would lead a write or a
 // removal out of the installation. False also for what is missing, and when the system doesn't
 // tell.
-bool isLink(const std::filesystem::path& path);
+bool isLink(const SystemPath& path);
 
 // Whether the system recognises the file as a 64-bit program. False leaves a last error only where
 // the file couldn't be judged.
-bool isProgram(const std::filesystem::path& file);
+bool isProgram(const SystemPath& file);
 
 // Renames a file or a folder, on one volume. `moveFile` fails when something is at `to`. The others
 // put a file in the place of one that may be there: the name `to` means the old or the new one at
 // every moment. `replaceFileThrough` returns once the rename has reached the disk.
-bool moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
-bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to);
-bool replaceFileThrough(const std::filesystem::path& from, const std::filesystem::path& to);
+bool moveFile(const SystemPath& from, const SystemPath& to);
+bool replaceFile(const SystemPath& from, const SystemPath& to);
+bool replaceFileThrough(const SystemPath& from, const SystemPath& to);
 
 // Both make `to` and fail when something is there: a second name of the same file, where the volume
 // knows such names, or a copy. A copy that fails halfway may leave a part.
-bool linkFile(const std::filesystem::path& from, const std::filesystem::path& to);
-bool copyFile(const std::filesystem::path& from, const std::filesystem::path& to);
+bool linkFile(const SystemPath& from, const SystemPath& to);
+bool copyFile(const SystemPath& from, const SystemPath& to);
 
-bool removeFile(const std::filesystem::path& file);
+bool removeFile(const SystemPath& file);
 
 // Whether a new file of this name can be made: one is made, empty, and vanishes again. False
 // also when the name is taken.
-bool canMakeFile(const std::filesystem::path& file);
+bool canMakeFile(const SystemPath& file);
 
 // Brings the file's bytes to the disk, so that a power cut after a rename can't leave a name
 // without them.
-bool flushFile(const std::filesystem::path& file);
+bool flushFile(const SystemPath& file);
 
 } // namespace ca::system

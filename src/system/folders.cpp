@@ -1,8 +1,6 @@
 #include "system/folders.h"
 
-#include "system/call_path.h"
 #include "system/files.h"
-#include "system/path.h"
 #include "system/retry.h"
 
 #include <string_view>
@@ -10,22 +8,33 @@
 
 namespace ca::system {
 
-namespace fs = std::filesystem;
-
 namespace {
 
 constexpr RetryTimes tidyingTimes{.limit = 2 * 1000, .firstPause = 50, .longestPause = 500};
 
-bool isFolder(const fs::path& path) {
-    const DWORD attributes = ::GetFileAttributesW(callPath(path).c_str());
+constexpr const wchar_t* separators = L"/\\";
+
+bool isFolder(const SystemPath& path) {
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-bool makeOne(const fs::path& folder) {
-    return ::CreateDirectoryW(callPath(folder).c_str(), nullptr) != 0;
+bool makeOne(const SystemPath& folder) {
+    return ::CreateDirectoryW(folder.c_str(), nullptr) != 0;
 }
 
-void removeEntry(const fs::path& path, DWORD attributes) {
+// Where the folder above ends; npos or 0 where there is none to make.
+std::size_t endOfParent(const SystemPath& folder) {
+    return folder.text().find_last_of(separators);
+}
+
+// What is in the folder has paths with the folder's own separator in front of the name.
+std::wstring insideOf(const SystemPath& folder) {
+    const std::wstring& text = folder.text();
+    return text + text.substr(text.find_last_of(separators), 1);
+}
+
+void removeEntry(const std::wstring& path, DWORD attributes) {
     if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
         removeFolder(path);
     } else {
@@ -33,16 +42,17 @@ void removeEntry(const fs::path& path, DWORD attributes) {
     }
 }
 
-void removeContent(const fs::path& folder) {
+void removeContent(const SystemPath& folder) {
+    const std::wstring inside = insideOf(folder);
     WIN32_FIND_DATAW entry{};
-    const HANDLE search = ::FindFirstFileW(callPath(folder / "*").c_str(), &entry);
+    const HANDLE search = ::FindFirstFileW(SystemPath(inside + L"*").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
         return;
     }
     do {
         const std::wstring_view name = entry.cFileName;
         if (name != L"." && name != L"..") {
-            removeEntry(folder / pathFromWide(entry.cFileName), entry.dwFileAttributes);
+            removeEntry(inside + entry.cFileName, entry.dwFileAttributes);
         }
     } while (::FindNextFileW(search, &entry));
     ::FindClose(search);
@@ -50,22 +60,23 @@ void removeContent(const fs::path& folder) {
 
 } // namespace
 
-bool makeFolders(const fs::path& folder) {
+bool makeFolders(const SystemPath& folder) {
     if (isFolder(folder) || makeOne(folder)) {
         return true;
     }
-    const fs::path parent = folder.parent_path();
-    if (::GetLastError() == ERROR_PATH_NOT_FOUND && !parent.empty() && parent != folder) {
-        return makeFolders(parent) && (makeOne(folder) || isFolder(folder));
+    const bool isParentMissing = ::GetLastError() == ERROR_PATH_NOT_FOUND;
+    const std::size_t end = endOfParent(folder);
+    if (!isParentMissing || end == std::wstring::npos || end == 0) {
+        return isFolder(folder); // another process may just have made it
     }
-    return isFolder(folder); // another process may just have made it
+    return makeFolders(folder.text().substr(0, end)) && (makeOne(folder) || isFolder(folder));
 }
 
-void removeFolder(const fs::path& folder) {
+void removeFolder(const SystemPath& folder) {
     if (!isLink(folder)) {
         removeContent(folder);
     }
-    withRetries(tidyingTimes, [&] { return ::RemoveDirectoryW(callPath(folder).c_str()) != 0; });
+    withRetries(tidyingTimes, [&] { return ::RemoveDirectoryW(folder.c_str()) != 0; });
 }
 
 } // namespace ca::system

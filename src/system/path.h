@@ -8,18 +8,13 @@
 
 namespace ca::system {
 
-// Raises std::system_error for a text that isn't UTF-8 where paths are wide. Pure; any thread.
+// Where paths are wide, what isn't UTF-8 becomes U+FFFD, and so does on the way back what is no
+// Unicode character. Pure; any thread.
 std::filesystem::path pathFromUtf8(std::string_view text);
-
-// What is no Unicode character in a wide name becomes U+FFFD. Pure; any thread.
 std::string utf8FromPath(const std::filesystem::path& path);
 
 // For command lines and for what the system returns. Pure; any thread.
 std::wstring wideFromPath(const std::filesystem::path& path);
 std::filesystem::path pathFromWide(const std::wstring& wide);
-
-// The path from the root on, with "." and ".." resolved by their names and one kind of separator;
-// empty when the system refuses it. Asks for the working directory, not for the disk. Any thread.
-std::filesystem::path fullPath(const std::filesystem::path& path);
 
 } // namespace ca::system

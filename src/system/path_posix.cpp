@@ -1,5 +1,4 @@
 // Paths where they are UTF-8, as on hosts other than Windows.
-#include "system/call_path.h"
 #include "system/path.h"
 #include "system/text.h"
 
@@ -7,8 +6,8 @@ namespace ca::system {
 
 namespace fs = std::filesystem;
 
-std::wstring callPath(const fs::path& path) {
-    return wideFromUtf8(path.native());
+fs::path pathFromUtf8(std::string_view text) {
+    return text;
 }
 
 std::string utf8FromPath(const fs::path& path) {

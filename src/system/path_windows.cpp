@@ -1,5 +1,4 @@
 // Paths where they are wide texts, as on Windows.
-#include "system/call_path.h"
 #include "system/path.h"
 #include "system/text.h"
 
@@ -7,23 +6,8 @@ namespace ca::system {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// Windows takes paths of 260 characters only where it is set up for them. It wants room for a short
-// name below a folder, so folders end even earlier.
-constexpr std::size_t longestPlainPath = 239;
-
-} // namespace
-
-std::wstring callPath(const fs::path& path) {
-    if (path.native().size() <= longestPlainPath) {
-        return path.native();
-    }
-    // Behind this prefix Windows knows no limit for a path on a drive. It takes the text literally
-    // then, so only its own separator separates.
-    const std::wstring preferred = fs::path(path).make_preferred().native();
-    const bool isOnDrive = preferred[1] == L':';
-    return isOnDrive ? L"\\\\?\\" + preferred : preferred;
+fs::path pathFromUtf8(std::string_view text) {
+    return wideFromUtf8(text);
 }
 
 std::string utf8FromPath(const fs::path& path) {

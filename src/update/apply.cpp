@@ -3,8 +3,10 @@
 #include "install/version_marker.h"
 #include "install/work_folders.h"
 #include "net/download.h"
+#include "system/file_kind.h"
 #include "system/files.h"
 #include "system/folders.h"
+#include "system/path.h"
 #include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
@@ -26,15 +28,14 @@ namespace {
 struct PlannedFile {
     const ManifestFile* file;
     fs::path relative;
-
-    bool isLauncher() const { return relative.filename() == install::launcherFileName; }
 };
 
 // One call of Updater::apply.
 struct Attempt {
     const UpdatePlan& plan;
     const fs::path& installDir;
-    install::WorkFolders folders;
+    fs::path stage;                 // folder of the staged files
+    fs::path backup;                // folder of the replaced ones
     std::vector<PlannedFile> files; // each path once
 };
 
@@ -50,10 +51,16 @@ bool isDowngrade(const fs::path& installDir, const UpdatePlan& plan) {
     return !marker.empty() && compareVersions(marker, plan.manifest.version) > 0;
 }
 
-std::string currentStamp() {
+Attempt beginAttempt(const UpdatePlan& plan, const fs::path& installDir) {
     using namespace std::chrono;
     const auto now = system_clock::now().time_since_epoch();
-    return std::to_string(duration_cast<milliseconds>(now).count());
+    const std::wstring stamp = std::to_wstring(duration_cast<milliseconds>(now).count());
+    const fs::path work = installDir / install::workFolderName;
+    return {plan,
+            installDir,
+            work / system::pathFromWide(install::stageFolderName(stamp)),
+            work / system::pathFromWide(install::backupFolderName(stamp)),
+            {}};
 }
 
 // A path that is named again with the same digest is the same file; with another digest no
@@ -82,7 +89,7 @@ bool fetch(const Attempt& attempt, const std::string& serverUrl, const ProgressC
     const std::string address = channelUrl(serverUrl, manifest.channel, manifest.platform);
     std::uint64_t completedBytes = 0;
     for (const auto& [file, relative] : attempt.files) {
-        const fs::path staged = attempt.folders.stage / relative;
+        const fs::path staged = attempt.stage / relative;
         std::uint64_t currentBytes = 0;
         const auto report = [&](std::uint64_t done, std::uint64_t) {
             currentBytes = done;
@@ -112,10 +119,10 @@ bool fetchOrTidy(const Attempt& attempt, const std::string& serverUrl,
             return true;
         }
     } catch (...) {
-        system::removeFolder(attempt.folders.stage);
+        system::removeFolder(attempt.stage);
         throw;
     }
-    system::removeFolder(attempt.folders.stage);
+    system::removeFolder(attempt.stage);
     return false;
 }
 
@@ -154,10 +161,10 @@ bool installFile(const Attempt& attempt, const PlannedFile& planned, Rollback& r
         return fail(error, "update_destination_failed:", path);
     }
     const bool isNew = !system::pathExists(target);
-    if (!isNew && !moveAside(target, attempt.folders.backup / planned.relative, rollback)) {
+    if (!isNew && !moveAside(target, attempt.backup / planned.relative, rollback)) {
         return fail(error, "update_backup_failed:", path);
     }
-    if (!moveIn(attempt.folders.stage / planned.relative, target, isNew, rollback)) {
+    if (!moveIn(attempt.stage / planned.relative, target, isNew, rollback)) {
         return fail(error, "update_install_failed:", path);
     }
     return true;
@@ -168,8 +175,8 @@ bool installFile(const Attempt& attempt, const PlannedFile& planned, Rollback& r
 bool installFiles(const Attempt& attempt, Rollback& rollback, fs::path& launcher,
                   std::string& error) {
     for (const PlannedFile& planned : attempt.files) {
-        if (planned.isLauncher()) {
-            launcher = attempt.folders.stage / planned.relative;
+        if (isLauncherFile(planned.relative)) {
+            launcher = attempt.stage / planned.relative;
         } else if (!installFile(attempt, planned, rollback, error)) {
             return false;
         }
@@ -191,12 +198,11 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
         return true;
     }
 
-    Attempt attempt{plan, installDir, install::workFolders(installDir, currentStamp()), {}};
+    Attempt attempt = beginAttempt(plan, installDir);
     if (!listFiles(plan, attempt.files, error)) {
         return false;
     }
-    const install::WorkFolders& folders = attempt.folders;
-    if (!system::makeFolders(folders.stage) || !system::makeFolders(folders.backup)) {
+    if (!system::makeFolders(attempt.stage) || !system::makeFolders(attempt.backup)) {
         return fail(error, "update_workdir_failed");
     }
     if (!fetchOrTidy(attempt, serverUrl, progress, error)) {
@@ -218,7 +224,7 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
     if (isHandedOver) {
         *stagedLauncher = std::move(launcher);
     } else {
-        system::removeFolder(folders.stage);
+        system::removeFolder(attempt.stage);
     }
     return true;
 }

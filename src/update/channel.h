@@ -9,6 +9,7 @@
 #pragma once
 
 #include "install/paths.h"
+#include "install/work_folders.h"
 
 #include <array>
 #include <cstddef>

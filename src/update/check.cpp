@@ -1,6 +1,6 @@
 #include "install/paths.h"
 #include "net/download.h"
-#include "system/files.h"
+#include "system/file_kind.h"
 #include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
@@ -17,6 +17,7 @@ namespace {
 // that file one of the list.
 void scan(const fs::path& installDir, UpdatePlan& plan) {
     for (const ManifestFile& file : plan.manifest.files) {
+        // The digest decides alone: a size or a time would spare the reading, and let damage pass.
         const fs::path relative = relativePath(file.path);
         fs::path target = installDir / relative;
         const bool present = system::isFile(target);
@@ -24,7 +25,7 @@ void scan(const fs::path& installDir, UpdatePlan& plan) {
             continue;
         }
         plan.totalBytes += file.size;
-        if (relative.filename() == install::launcherFileName) {
+        if (isLauncherFile(relative)) {
             plan.launcherUpdate = true;
         }
         plan.files.push_back({file, std::move(target), !present});
@@ -39,6 +40,8 @@ bool Updater::check(const std::string& channel, UpdatePlan& plan, std::string& e
         return false;
     }
     const std::string address = channelUrl(serverUrl, channel);
+    // Both texts arrive before either is looked at, and nothing of the manifest is read before its
+    // signature has been verified.
     std::string manifestText;
     std::string signatureText;
     if (!net::fetchText(manifestUrl(address), manifestText, error) ||

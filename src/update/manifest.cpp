@@ -11,6 +11,7 @@ namespace ca::update {
 
 namespace {
 
+// Each field is searched for in the whole text, so the order of the keys is free.
 UpdateManifest readHeader(std::string_view text) {
     UpdateManifest manifest;
     manifest.format = static_cast<std::int32_t>(extractManifestInt(text, "format", 1));
@@ -95,6 +96,8 @@ bool parseManifest(std::string_view text, UpdateManifest& manifest, std::string&
         error = "manifest_header_invalid";
         return false;
     }
+    // All are cut out before the first is read: their number is known then, so the records are
+    // made once.
     const std::vector<std::string_view> objects = cutObjects(filesArray(text));
     parsed.files.reserve(objects.size());
     for (const std::string_view object : objects) {

@@ -1,5 +1,6 @@
 #include "update/manifest_path.h"
 
+#include "install/paths.h"
 #include "system/path.h"
 #include "system/text.h"
 #include "update/channel.h"
@@ -61,6 +62,10 @@ bool isSafeManifestPath(std::string_view path) {
 
 std::filesystem::path relativePath(std::string_view manifestPath) {
     return system::pathFromUtf8(genericManifestPath(manifestPath));
+}
+
+bool isLauncherFile(const std::filesystem::path& relative) {
+    return relative.filename() == install::launcherFileName;
 }
 
 } // namespace ca::update

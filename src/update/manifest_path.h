@@ -17,8 +17,11 @@ std::string genericManifestPath(std::string_view path);
 // compared exactly, case included.
 bool isSafeManifestPath(std::string_view path);
 
-// A safe manifest path as a relative path of this system. Raises std::system_error for one that
-// isn't UTF-8 where the system's paths are wide.
+// A safe manifest path as a relative path of this system.
 std::filesystem::path relativePath(std::string_view manifestPath);
+
+// Whether this is a launcher, by its file name, in whatever folder: a file that no running launcher
+// can replace.
+bool isLauncherFile(const std::filesystem::path& relative);
 
 } // namespace ca::update

@@ -1,6 +1,7 @@
 #include "update/public_key.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 #include <windows.h>
 
@@ -41,6 +42,8 @@ bool takeElement(Bytes& rest, unsigned char tag, Bytes& content) {
     return true;
 }
 
+// DER's integers are signed, so a number whose top bit is set has a zero byte in front, which CNG
+// doesn't take.
 bool takeInteger(Bytes& rest, Bytes& number) {
     if (!takeElement(rest, tagInteger, number) || number.empty()) {
         return false;
@@ -69,6 +72,7 @@ bool readSubjectPublicKeyInfo(Bytes der, Bytes& modulus, Bytes& exponent) {
 }
 
 std::vector<unsigned char> decodePem(const std::string& pem) {
+    // The first call returns the size; what is behind the marker lines is the system's business.
     DWORD size = 0;
     const DWORD length = static_cast<DWORD>(pem.size());
     if (!::CryptStringToBinaryA(pem.data(), length, CRYPT_STRING_BASE64HEADER, nullptr, &size,

@@ -1,5 +1,6 @@
 #include "update/rollback.h"
 
+#include "system/file_kind.h"
 #include "system/files.h"
 #include "system/folders.h"
 

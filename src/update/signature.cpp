@@ -68,6 +68,8 @@ bool verifyManifestSignature(std::string_view manifest, std::string_view signatu
         error = token;
         return false;
     };
+    // The key's file is judged as a whole before anything in it is read: an attacker's file
+    // reaches no decoder.
     const std::string keyText = install::readTextFile(keyFile);
     if (keyText.empty()) {
         return fail("update_public_key_missing");

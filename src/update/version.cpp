@@ -17,13 +17,14 @@ std::vector<std::int32_t> parseVersion(std::string_view text) {
             group = 0;
             digitSeen = false;
         } else {
-            break;
+            break; // a suffix such as "-rc1" counts for nothing
         }
     }
     if (digitSeen || !numbers.empty()) {
         numbers.push_back(static_cast<std::int32_t>(group));
     }
-    numbers.resize(std::max<std::size_t>(numbers.size(), 4));
+    constexpr std::size_t fewest = 4; // as Windows' own version numbers have
+    numbers.resize(std::max(numbers.size(), fewest));
     return numbers;
 }
 

@@ -1,20 +1,16 @@
 #include "install/handover.h"
 #include "install/work_folders.h"
-#include "system/path.h"
 
 #include <gtest/gtest.h>
 
 #include <shellapi.h>
 
 using namespace ca;
-namespace fs = std::filesystem;
 
 // What the launcher writes, as the helper reads it; see tests/helper for what it then refuses.
 TEST(Handover, ReadsWhatItWrites) {
-    const fs::path installation = system::pathFromUtf8("/games/Cold Anchor/ünï アンカー 😀");
-    const install::WorkFolders written = install::workFolders(installation, "1763900000123");
-    const install::Handover sent{4'294'967'295, written.stage / "tools" / "New Launcher.exe",
-                                 installation / "ColdAnchorLauncher.exe", installation / "b"};
+    const install::Handover sent{4'294'967'295, L"/Cold Anchor/ünï アンカー/New Launcher.exe",
+                                 L"/Cold Anchor/ColdAnchorLauncher.exe", L"/b"};
     const std::wstring line = L"\"a helper.exe\"" + install::handoverArguments(sent);
     int count = 0;
     wchar_t** const words = ::CommandLineToArgvW(line.c_str(), &count);
@@ -25,9 +21,12 @@ TEST(Handover, ReadsWhatItWrites) {
     EXPECT_EQ(got.staged, sent.staged);
     EXPECT_EQ(got.target, sent.target);
     EXPECT_EQ(got.relaunch, sent.relaunch);
-    install::WorkFolders found;
-    ASSERT_TRUE(install::findWorkFolders(installation, got.staged, found));
-    EXPECT_EQ(found.work, written.work);
-    EXPECT_EQ(found.stage, written.stage);
-    EXPECT_EQ(found.backup, written.backup);
+}
+
+TEST(Handover, FindsTheStampInAStageFoldersName) {
+    EXPECT_EQ(install::stampOfStage(install::stageFolderName(L"1763900000123")), L"1763900000123");
+    for (const wchar_t* name :
+         {L"stage-", L"stage-12x", L"stage12", L"Stage-12", L"backup-12", L""}) {
+        EXPECT_EQ(install::stampOfStage(name), L"") << name;
+    }
 }

@@ -1,8 +1,9 @@
-#include "system/process.h"
+#include "system/this_process.h"
 
 #include "system/path.h"
 
 #include <vector>
+#include <windows.h>
 
 namespace ca::system {
 
@@ -26,23 +27,6 @@ std::wstring environmentValue(const wchar_t* name) {
         value.resize(::GetEnvironmentVariableW(name, value.data(), size));
     }
     return value;
-}
-
-bool startProgram(const std::filesystem::path& program, const std::wstring& arguments,
-                  DWORD creationFlags) {
-    const std::wstring name = wideFromPath(program);
-    const std::wstring folder = wideFromPath(program.parent_path());
-    std::wstring commandLine = L"\"" + name + L"\"" + arguments; // the call may write into it
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!::CreateProcessW(name.c_str(), commandLine.data(), nullptr, nullptr, FALSE, creationFlags,
-                          nullptr, folder.c_str(), &startup, &process)) {
-        return false;
-    }
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
-    return true;
 }
 
 } // namespace ca::system
