@@ -10,11 +10,9 @@
 #include "update/signature.h"
 
 #include <algorithm>
-#include <map>
 #include <mutex>
 #include <numeric>
 #include <set>
-#include <tuple>
 
 namespace ca::publisher {
 
@@ -28,6 +26,28 @@ bool canBeSignature(std::string_view text) {
            bytes.size() % 8 == 0;
 }
 
+std::uint64_t bytesOf(const std::vector<update::ManifestFile>& files) {
+    const auto add = [](std::uint64_t sum, const update::ManifestFile& file) {
+        return sum + file.size;
+    };
+    return std::accumulate(files.begin(), files.end(), std::uint64_t{0}, add);
+}
+
+void compare(const update::ManifestFile& file, Arrival& arrival) {
+    if (!arrival.good) {
+        return; // which it says itself
+    }
+    if (arrival.size != file.size) {
+        arrival.notes.push_back({true, file.path,
+                                 "has " + std::to_string(arrival.size) +
+                                     " bytes where the manifest says " +
+                                     std::to_string(file.size)});
+    } else if (arrival.sha256 != file.sha256) {
+        arrival.notes.push_back({true, file.path, "hasn't the digest that the manifest says"});
+    }
+}
+
+// One run of a check. Each step adds what it finds to the result.
 class Check {
 public:
     explicit Check(const CheckOptions& options)
@@ -36,17 +56,16 @@ public:
                                              : folderOrigin(options.address, options.channel)) {}
 
     CheckResult run() {
+        // A manifest that launchers don't believe says nothing about the files.
         if (believeManifest()) {
-            judgeManifest();
+            judgeChannel();
+            judgeVersion();
+            judgePaths();
             readFiles();
             findStrangers();
         }
-        if (options_.address.starts_with("http://") &&
-            !options_.address.starts_with("http://127.")) {
-            advise(options_.address,
-                   "isn't https: anyone on the way sees what players get and can hold it back");
-        }
-        mergeAdvice();
+        judgeTransport();
+        result_.findings = grouped(std::move(result_.findings));
         return std::move(result_);
     }
 
@@ -61,56 +80,72 @@ private:
         result_.findings.insert(result_.findings.end(), arrival.notes.begin(), arrival.notes.end());
     }
 
-    // In the launcher's order: both texts, the signature, the manifest, its channel.
+    // In the launcher's order: both texts, the signature, the manifest.
     bool believeManifest() {
         std::string text;
         std::string signature;
-        std::string error;
-        const Arrival manifest = origin_->get(update::manifestName, &text);
-        const Arrival signed_ = origin_->get(update::signatureName, &signature);
-        keep(manifest);
-        keep(signed_);
-        if (!manifest.good || !signed_.good) {
-            return false;
-        }
-        signature.erase(signature.find_last_not_of("\t\n\r ") + 1);
+        const Arrival manifestArrival = origin_->manifest(text);
+        const Arrival signatureArrival = origin_->signature(signature);
+        keep(manifestArrival);
+        keep(signatureArrival);
+        return manifestArrival.good && signatureArrival.good &&
+               believeSignature(text, update::trimSignature(signature)) && readManifest(text);
+    }
+
+    bool believeSignature(std::string_view text, std::string_view signature) {
         if (options_.publicKey.empty()) {
             advise(update::signatureName, "wasn't verified: name the public key with --key");
-            if (!canBeSignature(signature)) {
-                problem(update::signatureName,
-                        "is no signature that launchers would take with any key");
-                return false;
+            if (canBeSignature(signature)) {
+                return true;
             }
-        } else if (!update::verifyManifestSignature(text, signature, options_.publicKey,
-                                                    fingerprintOf(options_.publicKey), error)) {
-            problem(update::manifestName, "isn't believed by launchers with the key " +
-                                              options_.publicKey.string() + ": " + error);
+            problem(update::signatureName,
+                    "is no signature that launchers would take with any key");
             return false;
         }
-        if (!update::parseManifest(text, result_.manifest, error)) {
-            problem(update::manifestName, "can't be read by launchers: " + error);
-            return false;
+        std::string error;
+        if (update::verifyManifestSignature(text, signature, options_.publicKey,
+                                            fingerprintOf(options_.publicKey), error)) {
+            return true;
         }
+        problem(update::manifestName, "isn't believed by launchers with the key " +
+                                          options_.publicKey.string() + ": " + error);
+        return false;
+    }
+
+    bool readManifest(std::string_view text) {
+        std::string error;
+        if (update::parseManifest(text, result_.manifest, error)) {
+            return true;
+        }
+        problem(update::manifestName, "can't be read by launchers: " + error);
+        return false;
+    }
+
+    void judgeChannel() {
         const update::UpdateManifest& m = result_.manifest;
         if (m.channel != options_.channel || m.platform != update::platformName) {
             problem(update::manifestName, "is refused by launchers, which look for the channel " +
                                               options_.channel + " on " + update::platformName +
                                               ": it is of " + m.channel + " on " + m.platform);
         }
-        return true;
     }
 
-    void judgeManifest() {
-        const update::UpdateManifest& m = result_.manifest;
-        if (const std::string refusal = versionRefusal(m.version); !refusal.empty()) {
+    void judgeVersion() {
+        const std::string refusal = versionRefusal(result_.manifest.version);
+        if (!refusal.empty()) {
             advise("version", refusal);
         }
+    }
+
+    void judgePaths() {
         std::set<std::wstring> names;
-        for (const update::ManifestFile& file : m.files) {
-            if (const std::string refusal = refusalOf(file.path); !refusal.empty()) {
+        for (const update::ManifestFile& file : result_.manifest.files) {
+            const std::string refusal = refusalOf(file.path);
+            if (!refusal.empty()) {
                 problem(file.path, refusal);
             }
-            if (!names.insert(foldedPath(file.path)).second) {
+            const bool isNew = names.insert(foldedPath(file.path)).second;
+            if (!isNew) {
                 problem(file.path, "stands in the manifest twice, as far as Windows is concerned");
             }
             if (file.sha256.find_first_not_of("0123456789abcdef") != std::string::npos) {
@@ -122,34 +157,17 @@ private:
 
     void readFiles() {
         const std::vector<update::ManifestFile>& files = result_.manifest.files;
-        const auto add = [](std::uint64_t sum, const update::ManifestFile& file) {
-            return sum + file.size;
-        };
-        Progress progress("checking",
-                          std::accumulate(files.begin(), files.end(), std::uint64_t{0}, add));
+        Progress progress("checking", bytesOf(files));
         std::mutex keeping;
-        forEach(files.size(), options_.threads, [&] {
-            return [&](std::size_t i) {
-                Arrival arrival =
-                    origin_->get(std::string(update::filesName) + "/" + files[i].path, nullptr);
-                progress.add(arrival.size);
-                compare(files[i], arrival);
-                const std::lock_guard lock(keeping);
-                keep(arrival);
-                result_.bytes += arrival.size;
-            };
-        });
-    }
-
-    static void compare(const update::ManifestFile& file, Arrival& arrival) {
-        if (arrival.good && arrival.size != file.size) {
-            arrival.notes.push_back({true, file.path,
-                                     "has " + std::to_string(arrival.size) +
-                                         " bytes where the manifest says " +
-                                         std::to_string(file.size)});
-        } else if (arrival.good && arrival.sha256 != file.sha256) {
-            arrival.notes.push_back({true, file.path, "hasn't the digest that the manifest says"});
-        }
+        const auto read = [&](std::size_t i) {
+            Arrival arrival = origin_->file(files[i].path);
+            progress.add(arrival.size);
+            compare(files[i], arrival);
+            const std::lock_guard lock(keeping);
+            keep(arrival);
+            result_.bytes += arrival.size;
+        };
+        forEach(files.size(), options_.threads, [&] { return read; });
     }
 
     void findStrangers() {
@@ -163,34 +181,13 @@ private:
         }
     }
 
-    // The same advice about many files is one line, with the first of them; every problem
-    // has a line of its own.
-    void mergeAdvice() {
-        std::sort(result_.findings.begin(), result_.findings.end(),
-                  [](const Finding& a, const Finding& b) {
-                      return std::tie(b.isProblem, a.where, a.what) <
-                             std::tie(a.isProblem, b.where, b.what);
-                  });
-        std::map<std::string, std::pair<Finding*, int>> firsts;
-        std::vector<Finding> merged;
-        merged.reserve(result_.findings.size());
-        for (Finding& finding : result_.findings) {
-            auto& [first, more] = firsts[finding.what];
-            if (!finding.isProblem && first != nullptr) {
-                ++more;
-                continue;
-            }
-            merged.push_back(std::move(finding));
-            if (!merged.back().isProblem) {
-                first = &merged.back(); // which stays there: the room is reserved
-            }
+    void judgeTransport() {
+        const std::string& address = options_.address;
+        const bool isLocal = address.starts_with("http://127.");
+        if (address.starts_with("http://") && !isLocal) {
+            advise(address,
+                   "isn't https: anyone on the way sees what players get and can hold it back");
         }
-        for (const auto& [what, first] : firsts) {
-            if (first.second > 0) {
-                first.first->where += " and " + std::to_string(first.second) + " more";
-            }
-        }
-        result_.findings = std::move(merged);
     }
 
     const CheckOptions& options_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace ca::publisher {
 
@@ -12,5 +13,10 @@ struct Finding {
     std::string where; // an address, a path, or a manifest's field
     std::string what;
 };
+
+// Problems first, then in the order of `where`. The same advice about many places is one finding,
+// whose `where` is the first of them and "and 5 more"; every problem stays one of its own.
+// Pure; any thread.
+std::vector<Finding> grouped(std::vector<Finding> findings);
 
 } // namespace ca::publisher

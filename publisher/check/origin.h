@@ -19,14 +19,17 @@ struct Arrival {
     std::vector<Finding> notes; // about how it came, or why it didn't
 };
 
-// Any thread may ask. Names are relative to the channel's folder for the platform.
+// A channel as launchers find it. Any thread may ask; each call blocks for the whole transfer.
 class Origin {
 public:
     virtual ~Origin() = default;
-    // What a launcher would get for the name; `text`, if not null, gets the bytes too.
-    virtual Arrival get(const std::string& name, std::string* text) const = 0;
-    // What is there besides: names of files that the manifest, whose sorted paths
-    // are given, doesn't know.
+    // Both also return the bytes.
+    virtual Arrival manifest(std::string& text) const = 0;
+    virtual Arrival signature(std::string& text) const = 0;
+    // The file that the manifest calls so.
+    virtual Arrival file(const std::string& path) const = 0;
+    // The paths of files that are there although the manifest, whose sorted paths are given,
+    // doesn't name them.
     virtual std::vector<std::string> strangers(const std::vector<std::string>& known) const = 0;
 };
 

@@ -1,8 +1,9 @@
 #include "publisher/keys/keys.h"
 
 #include "publisher/files/descriptor.h"
-#include "publisher/files/digest_stream.h"
+#include "publisher/files/digest.h"
 #include "publisher/text/failure.h"
+#include "system/hex.h"
 #include "update/public_key.h"
 
 #include <algorithm>
@@ -131,9 +132,9 @@ std::string fingerprintOf(const fs::path& publicKeyFile) {
         throw Failure(publicKeyFile.string() +
                       " holds no public key that the launcher can read (PEM, PUBLIC KEY)");
     }
-    DigestStream digest;
+    Digest digest;
     digest.add(text.data(), text.size());
-    return digest.finish();
+    return digest.text();
 }
 
 PrivateKey::PrivateKey(const fs::path& file, const PassphraseSource& passphrase) {
@@ -157,15 +158,17 @@ PrivateKey::PrivateKey(const fs::path& file, const PassphraseSource& passphrase)
 
 std::string PrivateKey::sign(std::string_view text) const {
     const std::unique_ptr<EVP_MD_CTX, Releaser<::EVP_MD_CTX_free>> context(::EVP_MD_CTX_new());
+    const char* const refusal = "OpenSSL can't sign with this key";
+    require(context != nullptr, refusal);
+    require(::EVP_DigestSignInit(context.get(), nullptr, ::EVP_sha256(), nullptr, key_.get()) == 1,
+            refusal);
     std::vector<unsigned char> signature(static_cast<std::size_t>(::EVP_PKEY_get_size(key_.get())));
     std::size_t length = signature.size();
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
-    require(context &&
-                ::EVP_DigestSignInit(context.get(), nullptr, ::EVP_sha256(), nullptr, key_.get()) ==
-                    1 &&
-                ::EVP_DigestSign(context.get(), signature.data(), &length, bytes, text.size()) == 1,
-            "OpenSSL can't sign with this key");
-    return hexText(signature.data(), length);
+    require(::EVP_DigestSign(context.get(), signature.data(), &length, bytes, text.size()) == 1,
+            refusal);
+    signature.resize(length);
+    return system::hexText(signature);
 }
 
 std::string PrivateKey::publicText() const {

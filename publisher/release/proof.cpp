@@ -29,10 +29,9 @@ auto fields(const update::ManifestFile& file) {
 bool readRelease(const fs::path& folder, const fs::path& publicKey,
                  update::UpdateManifest& manifest, std::string& error) {
     const std::string text = readWhole(folder / update::manifestName);
-    std::string signature = readWhole(folder / update::signatureName);
-    signature.erase(signature.find_last_not_of("\t\n\r ") + 1);
-    return update::verifyManifestSignature(text, signature, publicKey, fingerprintOf(publicKey),
-                                           error) &&
+    const std::string signature = readWhole(folder / update::signatureName);
+    return update::verifyManifestSignature(text, update::trimSignature(signature), publicKey,
+                                           fingerprintOf(publicKey), error) &&
            update::parseManifest(text, manifest, error);
 }
 

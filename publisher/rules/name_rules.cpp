@@ -1,14 +1,17 @@
 #include "publisher/rules/name_rules.h"
 
 #include "install/paths.h"
+#include "install/work_folders.h"
 #include "publisher/text/failure.h"
 #include "system/text.h"
+#include "update/channel.h"
 #include "update/manifest_path.h"
 
 #include <algorithm>
 #include <cwctype>
-#include <iterator>
+#include <filesystem>
 #include <locale.h>
+#include <vector>
 
 namespace ca::publisher {
 
@@ -81,43 +84,84 @@ bool isSameOrBelow(const std::wstring& path, const std::wstring& place) {
     return path == place || path.starts_with(place + L'/');
 }
 
-// Files and folders of an installation that belong to the player or to the launcher.
-std::string ownershipRefusal(std::string_view path) {
-    const std::wstring folded = foldedPath(path);
+bool contains(const std::vector<std::wstring>& places, const std::wstring& place) {
+    return std::find(places.begin(), places.end(), place) != places.end();
+}
+
+// Each caller keeps the result, since a tree may have a hundred thousand files.
+std::vector<std::wstring> foldedPlaces(const std::vector<std::filesystem::path>& places) {
+    std::vector<std::wstring> result;
+    for (const std::filesystem::path& place : places) {
+        result.push_back(foldedPath(place.generic_string()));
+    }
+    return result;
+}
+
+// Folders of the player and of the launcher. Launchers compare their names exactly, but Windows
+// finds the same folder under any spelling.
+std::string folderRefusal(const std::wstring& folded) {
+    static const std::wstring work = foldedPath(install::workFolderName);
+    static const std::vector<std::wstring> kept =
+        foldedPlaces({update::protectedFolders.begin(), update::protectedFolders.end()});
     const std::wstring top = folded.substr(0, folded.find(L'/'));
-    if (top == L"SAVE" || top == L"USERDATA") {
+    if (top == work || top.starts_with(L".COLDANCHOR-WRITE-TEST-")) {
+        return "lies where the launcher works: take it out of the tree";
+    }
+    if (contains(kept, top)) {
         return "lies where the player's own files do: take it out of the tree, or name the folder "
                "otherwise";
-    }
-    if (top == L".COLDANCHOR-UPDATE" || top.starts_with(L".COLDANCHOR-WRITE-TEST-")) {
-        return "lies where the launcher works: take it out of the tree";
     }
     if (folded == L"DATA") {
         return "stands where the folder data must be: rename it";
     }
-    if (isSameOrBelow(folded, L"DATA/UPDATE_PUBLIC_KEY.PEM")) {
+    return {};
+}
+
+// Files that make an installation what it is.
+std::string fileRefusal(const std::wstring& folded) {
+    const std::filesystem::path here;
+    static const std::wstring key = foldedPath(update::protectedFile);
+    static const std::wstring marker =
+        foldedPath(install::versionMarkerFile(here).generic_string());
+    static const std::vector<std::wstring> installed =
+        foldedPlaces({install::updateServerFile(here), install::gameFileName,
+                      install::launcherFileName, install::helperFileName});
+    if (isSameOrBelow(folded, key)) {
         return "is the key that launchers trust, which no release replaces: take it out of the "
                "tree";
     }
-    if (isSameOrBelow(folded, L"DATA/GAME_VERSION")) {
+    if (isSameOrBelow(folded, marker)) {
         return "is the version marker, which the launcher writes itself: take it out of the tree";
     }
-    for (const wchar_t* file : {L"DATA/UPDATE_SERVER.TXT", L"COLDANCHOR.EXE",
-                                L"COLDANCHORLAUNCHER.EXE", L"COLDANCHORUPDATEHELPER.EXE"}) {
-        if (folded != file && isSameOrBelow(folded, file)) {
-            return "lies below the name of a file that installations have: rename the folder";
-        }
+    const auto isBelow = [&](const std::wstring& file) { return folded.starts_with(file + L'/'); };
+    if (std::any_of(installed.begin(), installed.end(), isBelow)) {
+        return "lies below the name of a file that installations have: rename the folder";
     }
-    if (folded.substr(folded.rfind(L'/') + 1) == L"UPDATE_PRIVATE_KEY.PEM") {
+    return {};
+}
+
+// Names that mean something wherever they are.
+std::string lastNameRefusal(std::string_view path, const std::wstring& folded) {
+    const std::wstring last = folded.substr(folded.rfind(L'/') + 1);
+    if (last == L"UPDATE_PRIVATE_KEY.PEM") {
         return "has the name of a private key, which nobody else may have: take it out of the tree";
     }
-    const std::wstring launcher = foldedPath(install::launcherFileName);
-    if (path != install::launcherFileName && folded.substr(folded.rfind(L'/') + 1) == launcher) {
+    // Launchers take every file of this name for the next launcher.
+    static const std::wstring launcher = foldedPath(install::launcherFileName);
+    if (last == launcher && path != install::launcherFileName) {
         return "has the launcher's name, which only the launcher at the top of the tree may have, "
                "in this spelling: "
                "rename it";
     }
     return {};
+}
+
+std::string lengthRefusal(std::string_view path) {
+    if (path.size() <= update::longestManifestPath) {
+        return {};
+    }
+    return "has a path of " + std::to_string(path.size()) + " bytes, and launchers take " +
+           std::to_string(update::longestManifestPath) + ": shorten its names";
 }
 
 } // namespace
@@ -132,13 +176,20 @@ std::string refusalOf(std::string_view path) {
         refusal = componentRefusal(component);
         rest.remove_prefix(std::min(component.size() + 1, rest.size()));
     }
+    const std::wstring folded = foldedPath(path);
     if (refusal.empty()) {
-        refusal = ownershipRefusal(path);
+        refusal = folderRefusal(folded);
     }
-    if (refusal.empty() && path.size() > 240) {
-        refusal = "has a path of " + std::to_string(path.size()) +
-                  " bytes, and launchers take 240: shorten its names";
+    if (refusal.empty()) {
+        refusal = fileRefusal(folded);
     }
+    if (refusal.empty()) {
+        refusal = lastNameRefusal(path, folded);
+    }
+    if (refusal.empty()) {
+        refusal = lengthRefusal(path);
+    }
+    // The launcher's own rule is the last word, whatever the texts above leave out.
     if (refusal.empty() && !update::isSafeManifestPath(path)) {
         refusal = "has a path that launchers refuse: rename it";
     }
@@ -159,9 +210,11 @@ std::wstring foldedPath(std::string_view path) {
 }
 
 std::size_t longestInstalledPath(std::string_view path) {
-    // The file's place in the stage folder is its longest.
-    std::size_t length =
-        std::size(R"(C:\Program Files\Cold Anchor\.coldanchor-update\backup-1700000000000\)") - 1;
+    // Nowhere is its path longer than where it is kept while it is replaced.
+    static const std::size_t kept = std::string_view(R"(C:\Program Files\Cold Anchor\)").size() +
+                                    std::string_view(install::workFolderName).size() + 1 +
+                                    install::backupFolderName(L"1700000000000").size() + 1;
+    std::size_t length = kept;
     for (const char c : path) {
         const auto byte = static_cast<unsigned char>(c);
         length += (byte & 0xC0) == 0x80 ? 0 : byte >= 0xF0 ? 2 : 1;
