@@ -206,6 +206,18 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     EXPECT_NE(studio.release().find("which everybody gets to see"), std::string::npos);
 }
 
+TEST(Release, JudgesNothingByALiveManifestThatCannotBeRead) {
+    Studio studio;
+    ASSERT_EQ(studio.release(), "released");
+    writeFile(studio.live / "manifest.json", "{}");
+    studio.options.version = "0"; // as old as the version that isn't there
+    for (const bool allowNewKey : {false, true}) {
+        studio.options.allowNewKey = allowNewKey;
+        const std::string text = studio.release();
+        EXPECT_TRUE(text.ends_with("can be read (manifest_header_invalid): move it away")) << text;
+    }
+}
+
 TEST(Release, SharesNoFileWithTheTreeUnlessAskedTo) {
     Studio studio;
     studio.options.linked = true;
