@@ -18,13 +18,10 @@ struct ServeOptions {
     std::uint64_t bytesPerSecond = 0;  // of each connection; 0 doesn't hold back
 };
 
-// nginx's whole configuration for this. Throws Failure if the root's name can't be written in it.
-std::string serverConfiguration(const ServeOptions& options, std::uint16_t port);
-
-// Serves until the process is told to end (SIGINT, SIGTERM), which is a good end, or nginx ends by
-// itself. Prints the address in a line once requests are answered. Needs no rights; the server's
-// files lie in a temporary folder. Blocks those two signals in the calling thread; the only thread,
-// please. Throws Failure if nginx can't run or the port is taken.
+// Serves until the process is told to end (SIGINT, SIGTERM, SIGHUP), which is a good end, or nginx
+// ends by itself. Prints the address in a line once requests are accepted. Needs no rights; the
+// server's files are in a temporary folder. Blocks those signals in the calling thread: call from a
+// single-threaded process. Throws Failure if nginx can't run or the port is taken.
 void serve(const ServeOptions& options);
 
 } // namespace ca::publisher

@@ -1,32 +1,26 @@
 // A program started beside this one, and its end.
 #pragma once
 
+#include "publisher/serve/child.h"
+
 #include <chrono>
-#include <filesystem>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace ca::kit {
 
-struct ProcessOptions {
-    std::filesystem::path workingFolder; // empty: the caller's
-    // file that takes both output streams; empty: the caller's streams
-    std::filesystem::path output;
-    std::vector<std::string> environment; // "NAME=value", set on top of the caller's environment
-    int inheritedFile = -1; // arrives in the program under the same number; all others close
-};
+using ProcessOptions = publisher::ChildOptions;
 
 // A child process in a process group of its own. It ends when this object does, and the kernel ends
 // it when the thread that started it ends without that, so that a crashed test leaves nothing
 // behind. One thread at a time.
 class Process {
 public:
-    // The first argument is the program, found in PATH or in the folders for system services
-    // unless it holds a slash. Throws std::runtime_error if it can't be started, a program
-    // that isn't there included.
+    // Starts it: see startChild, which throws std::runtime_error if that fails.
     explicit Process(const std::vector<std::string>& arguments, const ProcessOptions& options = {});
+    // Takes over a child that startChild has started in a group of its own.
+    explicit Process(pid_t child);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -37,7 +31,7 @@ public:
     // still runs after `limit`. Blocks.
     std::optional<int> wait(std::chrono::milliseconds limit);
 
-    // Asks the whole group to end, and insists after five seconds. Gives the exit status. Blocks.
+    // Asks the whole group to end, and insists after five seconds. Returns the exit status. Blocks.
     int stop();
 
 private:
