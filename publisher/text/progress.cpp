@@ -1,5 +1,7 @@
 #include "publisher/text/progress.h"
 
+#include "publisher/text/amounts.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -48,18 +50,6 @@ void Progress::draw(std::uint64_t done) const {
     std::fprintf(stderr, "\r\033[K%s [%-*s] %3.0f%%  %s of %s, %s/s", title_.c_str(), barWidth,
                  bar.c_str(), part * 100, bytesText(done).c_str(), bytesText(total_).c_str(),
                  speed.c_str());
-}
-
-std::string bytesText(std::uint64_t bytes) {
-    constexpr std::array units{"B", "kB", "MB", "GB", "TB"};
-    auto value = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    for (; value >= 999.95 && unit + 1 < units.size(); ++unit) {
-        value /= 1000;
-    }
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), unit == 0 ? "%.0f %s" : "%.1f %s", value, units[unit]);
-    return text.data();
 }
 
 } // namespace ca::publisher

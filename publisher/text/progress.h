@@ -1,4 +1,4 @@
-// How far long work is, on a terminal, and nothing at all in a pipe.
+// A progress bar; silent unless standard error is a terminal.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,7 @@
 
 namespace ca::publisher {
 
-// A line of standard error that is drawn over and over, and wiped in the end. Any thread may add.
+// One line, drawn over and over, and wiped when the object ends. Any thread may add.
 class Progress {
 public:
     // `total` bytes of work called `title`.
@@ -32,8 +32,5 @@ private:
     std::mutex drawing_;
     Clock::time_point drawn_{};
 };
-
-// Bytes for people: "999 B", "1.2 MB"; a thousand of one unit make the next.
-std::string bytesText(std::uint64_t bytes);
 
 } // namespace ca::publisher
