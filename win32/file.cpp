@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <memory>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -60,6 +61,8 @@ std::optional<int> openFlags(DWORD access, DWORD disposition) {
     case CREATE_ALWAYS: // CREATE_ALWAYS is opened in two steps, see openFile
     case OPEN_EXISTING:
         return flags;
+    case OPEN_ALWAYS:
+        return flags | O_CREAT;
     default:
         return std::nullopt;
     }
@@ -126,6 +129,12 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
     }
     if ((flagsAndAttributes & FILE_FLAG_SEQUENTIAL_SCAN) != 0 && status.st_size > readAheadSize) {
         ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+    }
+    // The kernel lets go of it with the last descriptor, so also when the process is gone.
+    if (share == 0 && ::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        ::close(descriptor);
+        fail(ERROR_SHARING_VIOLATION);
+        return INVALID_HANDLE_VALUE;
     }
     const bool removed = (flagsAndAttributes & FILE_FLAG_DELETE_ON_CLOSE) != 0;
     SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);

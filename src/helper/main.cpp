@@ -12,20 +12,24 @@ using namespace ca::helper;
 
 namespace {
 
-ExitStatus replaceLauncher(const Arguments& arguments) {
+// A scanner is done with a launcher long before. The player sees nothing meanwhile.
+constexpr ca::system::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longestPause = 2000};
+
+ExitStatus replaceLauncher(const Arguments& arguments, const ca::system::Patience& patience) {
     const std::wstring old = arguments.backup + arguments.name;
     // A player may have renamed the launcher that is running: then its place is empty.
     if (!ca::system::isMissing(arguments.target) &&
-        !keepAside(arguments.target, arguments.backup, arguments.name)) {
+        !keepAside(arguments.target, arguments.backup, arguments.name, patience)) {
         return exitNotKept;
     }
-    if (!flushToDisk(arguments.staged) || !moveOver(arguments.staged, arguments.target)) {
+    if (!flushToDisk(arguments.staged, patience) ||
+        !moveOver(arguments.staged, arguments.target, patience)) {
         return exitNotReplaced;
     }
-    if (start(arguments.target)) {
+    if (start(arguments.target, patience)) {
         return exitReplaced;
     }
-    return moveOver(old, arguments.target) ? exitNewDoesNotStart : exitNothingStarts;
+    return moveOver(old, arguments.target, patience) ? exitNewDoesNotStart : exitNothingStarts;
 }
 
 } // namespace
@@ -42,12 +46,14 @@ int main() {
     if (const ExitStatus status = readArguments(arguments); status != exitReplaced) {
         return status;
     }
-    ExitStatus status = isProgram(arguments.staged) ? replaceLauncher(arguments) : exitNotAProgram;
+    const ca::system::Patience patience(times);
+    ExitStatus status = isProgram(arguments.staged, patience) ? replaceLauncher(arguments, patience)
+                                                              : exitNotAProgram;
     if (status != exitReplaced) {
         // Whatever went wrong, the target is a whole launcher: the player gets it back.
         ::SetEnvironmentVariableW(ca::install::handoverFailedVariable,
                                   ca::install::handoverFailedValue);
-        if (!start(arguments.target)) {
+        if (!start(arguments.target, patience)) {
             status = exitNothingStarts;
         }
     }

@@ -17,7 +17,8 @@ std::string readTextFile(const fs::path& path) {
         return text;
     }
     std::array<char, 4096> buffer;
-    while (const std::size_t count = file.read(buffer.data(), buffer.size())) {
+    std::size_t count = 0;
+    while (file.read(buffer.data(), buffer.size(), count) && count != 0) {
         text.append(buffer.data(), count);
     }
     return text;
@@ -35,7 +36,10 @@ std::string_view trimText(std::string_view text) {
 namespace {
 
 bool writeFlushed(const fs::path& path, std::string_view text) {
-    const system::FileHandle file = system::FileHandle::createForWriting(path);
+    // Something of this name is what an earlier process left, or a link that somebody has put there
+    // to be written through.
+    system::removeFile(path);
+    const system::FileHandle file = system::FileHandle::createNew(path);
     return file && file.write(text.data(), text.size()) && file.flush();
 }
 
@@ -50,9 +54,10 @@ bool moveOver(const fs::path& from, const fs::path& to) {
 
 bool writeTextFile(const fs::path& path, std::string_view text) {
     system::makeFolders(path.parent_path()); // a failure shows when the file is opened
-    // In the same folder, and so on the same volume, where a rename is one step.
+    // In the same folder, and so on the same volume, where a rename is one step. Under a name of
+    // this process, because another launcher may be writing the same file.
     fs::path fresh = path;
-    fresh += ".new";
+    fresh += "." + std::to_string(::GetCurrentProcessId()) + ".new";
     if (writeFlushed(fresh, text) && moveOver(fresh, path)) {
         return true;
     }

@@ -19,11 +19,11 @@ std::string readTextFile(const std::filesystem::path& path);
 std::string_view trimText(std::string_view text);
 
 // Replaces the file's content with `text`, making missing parent folders. The bytes go to
-// "<name>.new" beside the file, are flushed to the disk and then renamed over it, so after a
-// failure or a power cut the file is the old one or the new one, whole. Readers on other
-// threads and in other processes may have the old one open: the rename is tried again for
-// two seconds. False when any of it fails; the old file is then unchanged. Blocks on the
-// disk; one writer at a time.
+// "<name>.<process id>.new" beside the file, are flushed to the disk and then renamed over it, so
+// after a failure or a power cut the file is the old one or the new one, whole. Readers on other
+// threads and in other processes may have the old one open: the rename is tried again for two
+// seconds. False when any of it fails; the old file is then unchanged. Blocks on the disk; one
+// writer at a time in this process.
 bool writeTextFile(const std::filesystem::path& path, std::string_view text);
 
 } // namespace ca::install

@@ -2,14 +2,50 @@
 
 #include "install/paths.h"
 #include "system/file_kind.h"
+#include "system/files.h"
+#include "system/folders.h"
 #include "system/path.h"
 #include "system/this_process.h"
 
+#include <array>
 #include <string>
+#include <windows.h>
 
 namespace ca::install {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+bool copyContent(const fs::path& source, const fs::path& copy) {
+    const system::FileHandle in = system::FileHandle::openForReading(source);
+    const system::FileHandle out = system::FileHandle::createNew(copy);
+    if (!in || !out) {
+        return false;
+    }
+    std::array<char, 65536> buffer;
+    std::size_t count = 0;
+    do {
+        if (!in.read(buffer.data(), buffer.size(), count) || !out.write(buffer.data(), count)) {
+            return false;
+        }
+    } while (count != 0);
+    return out.flush();
+}
+
+// The target gets its name once it is whole and on the disk: half a save would count as the
+// player's own from then on. The name before that is this process's, because two launchers may
+// start at once.
+void copyWhole(const fs::path& source, const fs::path& target) {
+    fs::path copy = target;
+    copy += "." + std::to_string(::GetCurrentProcessId()) + ".new";
+    system::removeFile(copy); // of a launcher that was ended halfway and had this number
+    if (!copyContent(source, copy) || !system::moveFile(copy, target)) {
+        system::removeFile(copy);
+    }
+}
+
+} // namespace
 
 fs::path userDataDir() {
     // Asked for as wide texts, so that any user name makes the right folder. Windows sets both; a
@@ -30,14 +66,13 @@ fs::path savesDir() {
 void migrateUserData() {
     const fs::path saves = savesDir();
     const fs::path old = executableDir() / saveFolderName;
-    std::error_code ignored; // the player needn't know of any failure here
-    fs::create_directories(saves, ignored);
+    system::makeFolders(saves); // the player needn't know of any failure here
     if (!system::pathExists(old)) {
         return;
     }
     for (const char* name : {"profile_v07.sav", "settings_v01.cfg"}) {
         if (system::pathExists(old / name) && !system::pathExists(saves / name)) {
-            fs::copy_file(old / name, saves / name, ignored);
+            copyWhole(old / name, saves / name);
         }
     }
 }

@@ -20,7 +20,8 @@ inline constexpr const char* workFolderName = ".coldanchor-update";
 std::wstring stageFolderName(std::wstring_view stamp);
 std::wstring backupFolderName(std::wstring_view stamp);
 
-// The stamp in a stage folder's name; empty for a name that stageFolderName doesn't return.
+// The stamp in such a folder's name; empty for a name that the function above doesn't return.
 std::wstring stampOfStage(std::wstring_view folderName);
+std::wstring stampOfBackup(std::wstring_view folderName);
 
 } // namespace ca::install

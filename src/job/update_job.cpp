@@ -198,7 +198,7 @@ void installPlan(const UpdateJob& job, const update::Updater& updater, const Upd
     // Every file was intact and only the marker is behind: nothing else would ever bring it up to
     // date. A failure shows when the marker is read back.
     if (plan.files.empty()) {
-        static_cast<void>(install::writeInstalledVersion(job.installDir, plan.manifest.version));
+        static_cast<void>(updater.confirmVersion(plan));
     }
     if (stagedLauncher.empty()) {
         finishInstalled(job, plan);

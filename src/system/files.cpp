@@ -27,15 +27,27 @@ FileHandle FileHandle::createForWriting(const SystemPath& path) {
                                     CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+FileHandle FileHandle::createNew(const SystemPath& path) {
+    return FileHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+FileHandle FileHandle::openAlone(const SystemPath& path) {
+    return FileHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 FileHandle::~FileHandle() {
     if (handle_ != INVALID_HANDLE_VALUE) {
         ::CloseHandle(handle_);
     }
 }
 
-std::size_t FileHandle::read(void* buffer, std::size_t size) const {
-    DWORD count = 0;
-    return ::ReadFile(handle_, buffer, static_cast<DWORD>(size), &count, nullptr) ? count : 0;
+bool FileHandle::read(void* buffer, std::size_t size, std::size_t& count) const {
+    DWORD got = 0;
+    const bool good = ::ReadFile(handle_, buffer, static_cast<DWORD>(size), &got, nullptr) != 0;
+    count = good ? got : 0;
+    return good;
 }
 
 bool FileHandle::write(const void* data, std::size_t size) const {

@@ -6,6 +6,7 @@
 #include "system/system_path.h"
 
 #include <cstddef>
+#include <utility>
 #include <windows.h>
 
 namespace ca::system {
@@ -20,15 +21,25 @@ public:
     // Makes the file, or empties the one that is there, for writing. Others may only read it
     // meanwhile.
     static FileHandle createForWriting(const SystemPath& path);
+    // The same for a file that must not be there yet; a link there isn't followed.
+    static FileHandle createNew(const SystemPath& path);
+    // Opens the file, made if missing, for nobody else: fails while another has it so, and is free
+    // again when the handle is closed or its process is gone.
+    static FileHandle openAlone(const SystemPath& path);
 
-    FileHandle(const FileHandle&) = delete;
-    FileHandle& operator=(const FileHandle&) = delete;
+    FileHandle(FileHandle&& other) noexcept
+        : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
+    FileHandle& operator=(FileHandle&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
     ~FileHandle();
 
     explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE; }
 
-    // Up to `size` bytes from where the last read ended; 0 at the file's end and on a read error.
-    std::size_t read(void* buffer, std::size_t size) const;
+    // Reads up to `size` bytes from where the last read ended; a `count` of 0 is the file's end.
+    // False on a read error; `count` is 0 then.
+    bool read(void* buffer, std::size_t size, std::size_t& count) const;
     // Writes all of it: false when the system takes less, as on a full disk.
     bool write(const void* data, std::size_t size) const;
     // Brings what was written to the disk.

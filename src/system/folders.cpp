@@ -34,16 +34,9 @@ std::wstring insideOf(const SystemPath& folder) {
     return text + text.substr(text.find_last_of(separators), 1);
 }
 
-void removeEntry(const std::wstring& path, DWORD attributes) {
-    if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
-        removeFolder(path);
-    } else {
-        withRetries(tidyingTimes, [&] { return removeFile(path); });
-    }
-}
-
-void removeContent(const SystemPath& folder) {
-    const std::wstring inside = insideOf(folder);
+// Calls `visit` with each entry but the folder itself and the one above.
+template <typename Visit>
+void forEachEntry(const std::wstring& inside, Visit visit) {
     WIN32_FIND_DATAW entry{};
     const HANDLE search = ::FindFirstFileW(SystemPath(inside + L"*").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
@@ -52,10 +45,31 @@ void removeContent(const SystemPath& folder) {
     do {
         const std::wstring_view name = entry.cFileName;
         if (name != L"." && name != L"..") {
-            removeEntry(inside + entry.cFileName, entry.dwFileAttributes);
+            visit(entry);
         }
     } while (::FindNextFileW(search, &entry));
     ::FindClose(search);
+}
+
+void removeTree(const SystemPath& folder, const Patience& patience);
+
+void removeContent(const SystemPath& folder, const Patience& patience) {
+    const std::wstring inside = insideOf(folder);
+    forEachEntry(inside, [&](const WIN32_FIND_DATAW& entry) {
+        const std::wstring path = inside + entry.cFileName;
+        if (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+            removeTree(path, patience);
+        } else {
+            patience.retry([&] { return removeFile(path); });
+        }
+    });
+}
+
+void removeTree(const SystemPath& folder, const Patience& patience) {
+    if (!isLink(folder)) {
+        removeContent(folder, patience);
+    }
+    patience.retry([&] { return ::RemoveDirectoryW(folder.c_str()) != 0; });
 }
 
 } // namespace
@@ -72,11 +86,16 @@ bool makeFolders(const SystemPath& folder) {
     return makeFolders(folder.text().substr(0, end)) && (makeOne(folder) || isFolder(folder));
 }
 
+bool makeNewFolder(const SystemPath& folder) {
+    return makeOne(folder);
+}
+
+void listFolder(const SystemPath& folder, const std::function<void(const std::wstring&)>& visit) {
+    forEachEntry(insideOf(folder), [&](const WIN32_FIND_DATAW& entry) { visit(entry.cFileName); });
+}
+
 void removeFolder(const SystemPath& folder) {
-    if (!isLink(folder)) {
-        removeContent(folder);
-    }
-    withRetries(tidyingTimes, [&] { return ::RemoveDirectoryW(folder.c_str()) != 0; });
+    removeTree(folder, Patience(tidyingTimes));
 }
 
 } // namespace ca::system

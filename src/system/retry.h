@@ -1,4 +1,4 @@
-// Trying a step on the disk again while its failure is one that passes.
+// Trying steps on the disk again while their failure is one that passes.
 #pragma once
 
 #include <algorithm>
@@ -23,21 +23,37 @@ inline bool isTransient(DWORD error) {
            error == ERROR_USER_MAPPED_FILE;
 }
 
-// Calls `operation`, which leaves its failure as the thread's last error, until it gives true,
-// fails for good, or the time is over. Blocks; any thread.
+// Patience for several steps: the limit holds for all of them together, from the object's making
+// on. Each is tried at least once. Belongs to one thread.
+class Patience {
+public:
+    explicit Patience(const RetryTimes& times) : times_(times), begin_(::GetTickCount64()) {}
+
+    // Calls `operation`, which leaves its failure as the thread's last error, until it returns
+    // true, fails for good, or the time is over. Blocks.
+    template <typename Operation>
+    bool retry(Operation operation) const {
+        DWORD pause = times_.firstPause;
+        while (!operation()) {
+            const DWORD error = ::GetLastError();
+            if (!isTransient(error) || ::GetTickCount64() - begin_ + pause > times_.limit) {
+                return false;
+            }
+            ::Sleep(pause);
+            pause = std::min(2 * pause, times_.longestPause);
+        }
+        return true;
+    }
+
+private:
+    RetryTimes times_;
+    ULONGLONG begin_;
+};
+
+// The same for one step.
 template <typename Operation>
 bool withRetries(const RetryTimes& times, Operation operation) {
-    const ULONGLONG begin = ::GetTickCount64();
-    for (DWORD pause = times.firstPause;; pause = std::min(2 * pause, times.longestPause)) {
-        if (operation()) {
-            return true;
-        }
-        const DWORD error = ::GetLastError();
-        if (!isTransient(error) || ::GetTickCount64() - begin + pause > times.limit) {
-            return false;
-        }
-        ::Sleep(pause);
-    }
+    return Patience(times).retry(operation);
 }
 
 } // namespace ca::system

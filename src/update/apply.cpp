@@ -1,12 +1,10 @@
 #include "install/paths.h"
 #include "install/text_file.h"
 #include "install/version_marker.h"
-#include "install/work_folders.h"
 #include "net/download.h"
 #include "system/file_kind.h"
 #include "system/files.h"
 #include "system/folders.h"
-#include "system/path.h"
 #include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
@@ -15,7 +13,6 @@
 #include "update/version.h"
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 
 namespace ca::update {
@@ -51,16 +48,9 @@ bool isDowngrade(const fs::path& installDir, const UpdatePlan& plan) {
     return !marker.empty() && compareVersions(marker, plan.manifest.version) > 0;
 }
 
-Attempt beginAttempt(const UpdatePlan& plan, const fs::path& installDir) {
-    using namespace std::chrono;
-    const auto now = system_clock::now().time_since_epoch();
-    const std::wstring stamp = std::to_wstring(duration_cast<milliseconds>(now).count());
-    const fs::path work = installDir / install::workFolderName;
-    return {plan,
-            installDir,
-            work / system::pathFromWide(install::stageFolderName(stamp)),
-            work / system::pathFromWide(install::backupFolderName(stamp)),
-            {}};
+// Whether the plan still tells what the installation needs: nobody has begun an update since.
+bool isCurrent(const UpdatePlan& plan, const fs::path& installDir) {
+    return !plan.lastAttempt || *plan.lastAttempt == newestAttempt(installDir);
 }
 
 // A path that is named again with the same digest is the same file; with another digest no
@@ -102,6 +92,10 @@ bool fetch(const Attempt& attempt, const std::string& serverUrl, const ProgressC
         }
         if (sha256File(staged) != file->sha256) {
             return fail(error, "download_hash_mismatch:", file->path);
+        }
+        // A power cut after the move must not leave the name without the bytes.
+        if (!system::flushFile(staged)) {
+            return fail(error, "download_write_failed");
         }
         completedBytes += std::max(file->size, currentBytes);
         if (progress) {
@@ -198,11 +192,13 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
         return true;
     }
 
-    Attempt attempt = beginAttempt(plan, installDir);
+    Attempt attempt{plan, installDir, {}, {}, {}};
     if (!listFiles(plan, attempt.files, error)) {
         return false;
     }
-    if (!system::makeFolders(attempt.stage) || !system::makeFolders(attempt.backup)) {
+    // Held until everything is in its place or undone.
+    const WorkLock lock(installDir);
+    if (!lock || !isCurrent(plan, installDir) || !lock.makeFolders(attempt.stage, attempt.backup)) {
         return fail(error, "update_workdir_failed");
     }
     if (!fetchOrTidy(attempt, serverUrl, progress, error)) {
@@ -227,6 +223,12 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
         system::removeFolder(attempt.stage);
     }
     return true;
+}
+
+bool Updater::confirmVersion(const UpdatePlan& plan) const {
+    const WorkLock lock(installDir);
+    return lock && isCurrent(plan, installDir) &&
+           install::writeInstalledVersion(installDir, plan.manifest.version);
 }
 
 } // namespace ca::update

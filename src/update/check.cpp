@@ -40,6 +40,8 @@ bool Updater::check(const std::string& channel, UpdatePlan& plan, std::string& e
         return false;
     }
     const std::string address = channelUrl(serverUrl, channel);
+    // Before any file is looked at: what another launcher does from here on makes the plan stale.
+    const LastAttempt lastAttempt = findLastAttempt(installDir);
     // Both texts arrive before either is looked at, and nothing of the manifest is read before its
     // signature has been verified.
     std::string manifestText;
@@ -59,6 +61,7 @@ bool Updater::check(const std::string& channel, UpdatePlan& plan, std::string& e
         error = "manifest_channel_or_platform_mismatch";
         return false;
     }
+    fresh.lastAttempt = lastAttempt;
     scan(installDir, fresh);
     plan = std::move(fresh);
     return true;

@@ -74,7 +74,8 @@ std::string sha256File(const std::filesystem::path& path) {
     std::array<unsigned char, 65536> buffer;
     // A read error ends the file early; the digest of what was read then differs from the
     // manifest's.
-    while (const std::size_t count = file.read(buffer.data(), buffer.size())) {
+    std::size_t count = 0;
+    while (file.read(buffer.data(), buffer.size(), count) && count != 0) {
         if (!hash.add(buffer.data(), count)) {
             return {};
         }

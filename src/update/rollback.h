@@ -1,20 +1,27 @@
 // What the installation of a plan has done so far, undone unless it is told that all went well.
 #pragma once
 
+#include "system/system_path.h"
+
 #include <filesystem>
 #include <vector>
 
 namespace ca::update {
 
-// One file that was touched.
+// One file that was touched, as the system takes its paths: undoing needs no memory of its own.
 struct RollbackEntry {
-    std::filesystem::path target; // its place in the installation
-    std::filesystem::path backup; // where its old version lies now; empty when there was none
+    // Its old version lies at `backup` now; an empty path when there was none.
+    RollbackEntry(const std::filesystem::path& target, const std::filesystem::path& backup);
+
+    system::SystemPath target; // its place in the installation
+    system::SystemPath folder; // the folder of that place
+    system::SystemPath backup;
 };
 
 // Belongs to one thread. Undoing walks from the last entry to the first: it deletes the new file
-// and renames the old one back, ignoring every failure, since the next check finds whatever
-// couldn't be restored. Folders that were made stay.
+// and renames the old one back. Failures that pass are tried again, for two seconds in all, and
+// all others are ignored, since the next check finds whatever couldn't be restored. Folders that
+// were made stay.
 class Rollback {
 public:
     // Room for `count` entries, so that recording a rename that has happened can't fail.

@@ -3,10 +3,12 @@
 #pragma once
 
 #include "update/manifest.h"
+#include "update/work_lock.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,8 @@ struct UpdatePlan {
     std::vector<PlanFile> files;  // in the manifest's order; empty when every file is intact
     std::uint64_t totalBytes = 0; // sum of the sizes of `files`, as the manifest gives them
     bool launcherUpdate = false;  // one of `files` bears the launcher's file name
+    // Of the installation, when the check began; without it, `apply` takes the plan for current.
+    std::optional<LastAttempt> lastAttempt;
 };
 
 // Bytes done and bytes in all. A file that is larger than its manifest says can drive the
@@ -53,12 +57,18 @@ public:
     // A new launcher stays in the stage folder, since a running program can't be replaced by
     // itself: `stagedLauncher`, if not null, then names it, and is empty otherwise. `progress` may
     // be empty and is called during the downloads alone. False: `error` holds a token of
-    // downloadToFile, "update_downgrade_blocked:" and the plan's version, "update_workdir_failed",
+    // downloadToFile, "update_downgrade_blocked:" and the plan's version, "update_workdir_failed"
+    // (also while another launcher installs, and when one has begun to since the check),
     // "version_marker_write_failed", or one of these and the manifest's path:
     // "update_duplicate_path:", "download_hash_mismatch:", "update_destination_failed:",
     // "update_backup_failed:", "update_install_failed:".
     bool apply(const UpdatePlan& plan, const ProgressCallback& progress, std::string& error,
                std::filesystem::path* stagedLauncher) const;
+
+    // Makes the version marker name the plan's version, for a plan without files: every file was
+    // intact and only the marker is behind. False, with nothing changed, if another launcher is at
+    // work or has been since the check, and when the marker can't be written.
+    bool confirmVersion(const UpdatePlan& plan) const;
 
     std::filesystem::path installDir;
     std::string serverUrl; // UTF-8; empty until the caller sets it

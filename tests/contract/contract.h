@@ -1,5 +1,5 @@
 // What the contract's tests share. They run against Windows' own functions and against the layer
-// that stands in for them; where one of the two is known to differ, a row names both answers.
+// that stands in for them; where one of the two is known to differ, a row says so.
 #pragma once
 
 #include "install/paths.h"
@@ -24,13 +24,13 @@ using namespace install;
 using namespace system;
 
 // The program that the tests start; what it does stands in contract_child.cpp.
-inline std::filesystem::path childProgram() {
+inline fs::path childProgram() {
     return executableDir() / "contract_child.exe";
 }
 
 // 0 or the last error; `process` gets the number and a handle of what was started.
-inline DWORD start(const std::filesystem::path& program, std::wstring line,
-                   const std::filesystem::path& folder, PROCESS_INFORMATION& process) {
+inline DWORD start(const fs::path& program, std::wstring line, const fs::path& folder,
+                   PROCESS_INFORMATION& process) {
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE,
@@ -44,6 +44,17 @@ inline DWORD start(const std::filesystem::path& program, std::wstring line,
 // A call's success, or its error.
 inline DWORD result(BOOL done) {
     return done ? 0 : ::GetLastError();
+}
+
+// What calls came to, one behind the other, and what each has to come to.
+struct Step {
+    const char* name;
+    std::uint64_t got, expected;
+};
+inline void expectSteps(std::initializer_list<Step> steps) {
+    for (const Step& step : steps) {
+        EXPECT_EQ(step.got, step.expected) << step.name;
+    }
 }
 
 } // namespace ca::test

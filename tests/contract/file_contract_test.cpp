@@ -2,7 +2,7 @@
 
 using namespace ca::test;
 
-static HANDLE open(const std::filesystem::path& path, DWORD access, DWORD disposition,
+static HANDLE open(const fs::path& path, DWORD access, DWORD disposition,
                    DWORD flags = FILE_ATTRIBUTE_NORMAL) {
     return ::CreateFileW(wideFromPath(path).c_str(), access, FILE_SHARE_READ, nullptr, disposition,
                          flags, nullptr);
@@ -13,7 +13,7 @@ static constexpr DWORD reading = GENERIC_READ, writing = GENERIC_WRITE;
 TEST(Files, OpenByTheirDisposition) {
     const TemporaryFolder folder;
     writeFile(folder / "old", "old");
-    std::filesystem::create_directory(folder / "sub");
+    fs::create_directory(folder / "sub");
     using Row = std::tuple<const char*, DWORD, DWORD, DWORD>;
     for (const auto& [name, access, disposition, error] :
          {Row("new", writing, CREATE_NEW, 0), Row("new", writing, CREATE_NEW, ERROR_FILE_EXISTS),
@@ -37,32 +37,38 @@ TEST(Files, OpenByTheirDisposition) {
 
 TEST(Files, AreReadAndWrittenAsTheirHandlesAllow) {
     const TemporaryFolder folder;
-    HANDLE file = open(folder / u8"fé€", reading | writing, CREATE_NEW);
-    DWORD count = 9;
-    char bytes[8] = {};
-    EXPECT_TRUE(::WriteFile(file, "hello", 5, &count, nullptr) && count == 5 &&
-                ::FlushFileBuffers(file));
-    EXPECT_TRUE(::ReadFile(file, bytes, 8, &count, nullptr) && count == 0) << "the end of the file";
-    EXPECT_TRUE(::CloseHandle(file));
-    file = open(folder / u8"fé€", reading, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
-    EXPECT_TRUE(::ReadFile(file, bytes, 8, &count, nullptr) &&
-                std::string(bytes, count) == "hello");
-    EXPECT_TRUE(!::WriteFile(file, "x", 1, &count, nullptr) &&
-                ::GetLastError() == ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(!::FlushFileBuffers(file) && ::GetLastError() == ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(::CloseHandle(file) && !::CloseHandle(nullptr) &&
-                ::GetLastError() == ERROR_INVALID_HANDLE);
-    file = open(folder / "test", writing, CREATE_NEW,
-                FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
-    EXPECT_TRUE(std::filesystem::exists(folder / "test"));
-    EXPECT_TRUE(::CloseHandle(file) && !std::filesystem::exists(folder / "test"));
+    const auto path = folder / u8"fé€", passing = folder / "test";
+    char bytes[8] = "hello";
+    // 1000 and the bytes that went through, or the error.
+    const auto through = [&](auto call, HANDLE file, DWORD size) {
+        DWORD count = 0;
+        const DWORD error = result(call(file, bytes, size, &count, nullptr));
+        return error == 0 ? 1000 + count : error;
+    };
+    const HANDLE both = open(path, reading | writing, CREATE_NEW);
+    expectSteps({{"write", through(::WriteFile, both, 5), 1005},
+                 {"flush", result(::FlushFileBuffers(both)), 0},
+                 {"read at the end", through(::ReadFile, both, 8), 1000},
+                 {"close", result(::CloseHandle(both)), 0}});
+    const HANDLE old = open(path, reading, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
+    expectSteps({{"read", through(::ReadFile, old, 8), 1005},
+                 {"write without the right", through(::WriteFile, old, 5), ERROR_ACCESS_DENIED},
+                 {"flush without the right", result(::FlushFileBuffers(old)), ERROR_ACCESS_DENIED},
+                 {"close", result(::CloseHandle(old)), 0},
+                 {"close nothing", result(::CloseHandle(nullptr)), ERROR_INVALID_HANDLE}});
+    EXPECT_EQ(readFile(path), "hello");
+    const HANDLE test =
+        open(passing, writing, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
+    expectSteps({{"there", fs::exists(passing), true},
+                 {"close", result(::CloseHandle(test)), 0},
+                 {"gone", fs::exists(passing), false}});
 }
 
 TEST(Files, MoveInOneStep) {
     const TemporaryFolder folder;
     writeFile(folder / "a", "a");
     writeFile(folder / "sub" / "b", "b");
-    std::filesystem::create_directories(folder / "empty");
+    fs::create_directories(folder / "empty");
     constexpr DWORD over = MOVEFILE_REPLACE_EXISTING;
     using Row = std::tuple<const char*, const char*, DWORD, DWORD>;
     for (const auto& [from, to, flags, error] :
@@ -72,9 +78,10 @@ TEST(Files, MoveInOneStep) {
           Row("no", "c", over, ERROR_FILE_NOT_FOUND), Row("no/x", "c", over, ERROR_PATH_NOT_FOUND),
           Row("a", "no/x", over, ERROR_PATH_NOT_FOUND), Row("a", "c", 0, 0),
           Row("c", "sub/b", over | MOVEFILE_WRITE_THROUGH, 0), Row("sub", "d", 0, 0)}) {
-        const BOOL moved = ::MoveFileExW(wideFromPath(folder / from).c_str(),
-                                         wideFromPath(folder / to).c_str(), flags);
-        EXPECT_EQ(moved ? 0 : ::GetLastError(), error) << from << " to " << to;
+        EXPECT_EQ(result(::MoveFileExW(wideFromPath(folder / from).c_str(),
+                                       wideFromPath(folder / to).c_str(), flags)),
+                  error)
+            << from << " to " << to;
     }
-    EXPECT_TRUE(readFile(folder / "d" / "b") == "a" && !std::filesystem::exists(folder / "a"));
+    EXPECT_EQ(contentsOf(folder.path()), (Contents{{"d/", ""}, {"d/b", "a"}, {"empty/", ""}}));
 }

@@ -9,7 +9,6 @@
 
 namespace ca::test {
 
-namespace fs = std::filesystem;
 using kit::Process;
 
 inline const std::string noProcess = "4194304"; // beyond the numbers that Linux and Wine give out

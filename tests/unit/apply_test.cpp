@@ -10,7 +10,6 @@
 
 using namespace ca::update;
 using namespace ca::test;
-namespace fs = std::filesystem;
 
 // An installation of version 1 and a real server with the files of version 2.
 class Apply : public testing::Test {
@@ -84,6 +83,20 @@ protected:
     std::vector<std::uint64_t> reports;
     std::function<void()> onProgress;
 };
+
+TEST_F(Apply, ChecksTheBytesThatWereSigned) {
+    const fs::path data(TEST_DATA), web = root / "stable/windows";
+    fs::copy(data / "update_public_key.pem", install / "data");
+    fs::copy(data, web);
+    for (const auto& [name, behind, offered] :
+         {std::tuple("manifest.sig", " \t\r\n", 2U), {"manifest.json", "\n", 0U}}) {
+        writeFile(web / name, readFile(web / name) + behind);
+        UpdatePlan fresh;
+        std::string error;
+        EXPECT_EQ(updater.check("stable", fresh, error), offered != 0) << error;
+        EXPECT_EQ(fresh.files.size(), offered);
+    }
+}
 
 TEST_F(Apply, MovesNewFilesInAndOldOnesAside) {
     add("x", "new x", 5);

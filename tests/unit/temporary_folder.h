@@ -13,37 +13,35 @@
 
 namespace ca::test {
 
+namespace fs = std::filesystem;
+
 class TemporaryFolder {
 public:
-    explicit TemporaryFolder(
-        const std::filesystem::path& base = std::filesystem::temp_directory_path())
+    explicit TemporaryFolder(const fs::path& base = fs::temp_directory_path())
         : path_(base / ("cold anchor ä " + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directories(path_);
+        fs::create_directories(path_);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        fs::remove_all(path_, ignored);
     }
 
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::filesystem::path& name) const {
-        return path_ / name;
-    }
+    const fs::path& path() const { return path_; }
+    fs::path operator/(const fs::path& name) const { return path_ / name; }
 
 private:
-    std::filesystem::path path_;
+    fs::path path_;
 };
 
-inline std::filesystem::path writeFile(const std::filesystem::path& path,
-                                       const std::string& bytes) {
-    std::filesystem::create_directories(path.parent_path());
+inline fs::path writeFile(const fs::path& path, const std::string& bytes) {
+    fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
 }
 
-inline std::string readFile(const std::filesystem::path& path) {
+inline std::string readFile(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     return (std::ostringstream() << file.rdbuf()).str();
 }
@@ -52,19 +50,28 @@ using Contents = std::map<std::string, std::string>;
 using Paths = std::vector<std::string>;
 
 // Every path below `folder`: a file's with its bytes, a link's with where it leads, a folder's
-// with a slash behind it.
-inline Contents contentsOf(const std::filesystem::path& folder) {
+// with a slash behind it. Whatever another program removes meanwhile may be missing.
+inline Contents contentsOf(const fs::path& folder) {
     Contents contents;
-    for (const std::filesystem::directory_entry& entry :
-         std::filesystem::recursive_directory_iterator(folder)) {
-        const std::string name = entry.path().lexically_relative(folder).generic_string();
-        if (entry.is_symlink()) {
-            contents[name] = std::filesystem::read_symlink(entry.path()).generic_string();
-        } else if (entry.is_directory()) {
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != end(entry); entry.increment(error)) {
+        const fs::path& path = entry->path();
+        const std::string name = path.filename().string();
+        std::error_code gone;
+        if (entry->is_symlink(gone)) {
+            contents[name] = fs::read_symlink(path, gone).generic_string();
+        } else if (entry->is_directory(gone)) {
             contents[name + "/"] = {};
+            for (const auto& [below, bytes] : contentsOf(path)) {
+                contents[name + "/" + below] = bytes;
+            }
         } else {
-            contents[name] = readFile(entry.path());
+            contents[name] = readFile(path);
         }
+    }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        throw fs::filesystem_error("contentsOf", folder, error);
     }
     return contents;
 }

@@ -18,7 +18,8 @@
 //  characters.
 //    They reach the system as UTF-8.
 //  - Names of environment variables are compared with their case.
-//  - Sharing modes are accepted and not enforced: no file is ever locked against another process.
+//  - Of the sharing modes only the one that shares nothing is enforced, and only among those who
+//    ask for it: two such handles of one file exclude each other, also of two processes.
 #pragma once
 
 #include <bit>
@@ -154,6 +155,7 @@ inline constexpr DWORD FILE_SHARE_DELETE = 4;
 inline constexpr DWORD CREATE_NEW = 1;
 inline constexpr DWORD CREATE_ALWAYS = 2;
 inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD OPEN_ALWAYS = 4;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
 inline constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x04000000U;
