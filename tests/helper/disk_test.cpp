@@ -104,7 +104,7 @@ TEST(HelperDisk, WaitsForWhoHoldsTheLauncherOpen) {
     }
     using Row = std::tuple<const char*, const char*, int>;
     for (const auto& [share, milliseconds, status] :
-         {Row("0", "2000", 0), Row("1", "600000", 16)}) {
+         {Row("0", "2000", 0), Row("1", "600000", 16), Row("5", "600000", 0)}) {
         const Installation i;
         Process holder(
             commandOf(builtProgram("hold_file.exe"),

@@ -47,6 +47,11 @@ TEST(Helper, RefusesEveryOtherCommandLine) {
     EXPECT_EQ(i.run(), 12);
     EXPECT_TRUE(fs::is_symlink(work));
     EXPECT_TRUE(readFile(i.target) == standIn("old"));
+    // A helper in the installation leaves nobody without a launcher.
+    const fs::path own = i.game / "ColdAnchorUpdateHelper.exe";
+    fs::copy_file(builtProgram(own.filename()), own);
+    EXPECT_EQ(Process(commandOf(own, i.arguments())).wait(std::chrono::seconds(90)), 12);
+    i.expectStarted("old");
 }
 
 TEST(Helper, ReplacesStartsAndTidiesUp) {

@@ -41,7 +41,7 @@ int run(const fs::path& program, const std::string& options) {
     std::istringstream words(options);
     const auto command = commandOf(program, {std::istream_iterator<std::string>(words), {}});
     display::open();
-    return ca::demo::Process(command).wait(std::chrono::seconds(60)).value_or(-1);
+    return ca::kit::Process(command).wait(std::chrono::seconds(60)).value_or(-1);
 }
 
 fs::path setupProgram() {

@@ -42,7 +42,7 @@ TEST_P(FailedJob, LeavesTheInstallationAsItWas) {
             row.cause);
     const std::string changed = readFile(s.channel / "manifest.json");
     if (changed != manifest) {
-        writeFile(s.channel / "manifest.sig", ca::demo::signText(changed, s.privateKey));
+        writeFile(s.channel / "manifest.sig", ca::kit::signText(changed, s.privateKey));
     }
     s.begin(start);
     auto expected = look(ServiceUnavailable, "UPDATE SERVICE UNAVAILABLE",
@@ -94,7 +94,7 @@ TEST(FailedBackup, IsRolledBackWhereAProgramHoldsAFile) {
     }
     Scenario s;
     writeFile(s.installation / mole, "an old map"); // the last of the plan
-    ca::demo::Process holder(
+    ca::kit::Process holder(
         commandOf(builtProgram("hold_file.exe"),
                   {shownPath(s.installation / mole), "1", "600000", shownPath(s.folder / "held")}));
     EXPECT_TRUE(eventually([&] { return fs::exists(s.folder / "held"); }));

@@ -58,7 +58,7 @@ TEST(Update, ComesBySecureConnectionsAlone) {
         openssl x509 -in known.pem -outform der -out known.der)");
     s.environment.push_back("SSL_CERT_FILE=" + (s.folder / "known.pem").string());
     if (!programRunner().empty()) {
-        ca::demo::Process trust(
+        ca::kit::Process trust(
             commandOf(builtProgram("trust.exe"), {shownPath(s.folder / "known.der")}));
         EXPECT_EQ(trust.wait(std::chrono::seconds(20)), 0);
     }

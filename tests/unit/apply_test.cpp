@@ -1,5 +1,5 @@
-#include "demo/nginx.h"
 #include "net/download.h"
+#include "shared/nginx.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
 #include "update/updater.h"
@@ -77,7 +77,7 @@ protected:
     const TemporaryFolder install;
     const TemporaryFolder root;
     const fs::path files = root / "stable/windows/files";
-    ca::demo::Nginx server{root / "server", {.root = root.path(), .serverDirectives = {}}};
+    ca::kit::Nginx server{root / "server", {.root = root.path(), .serverDirectives = {}}};
     Updater updater{install.path()};
     UpdatePlan plan;
     std::vector<std::uint64_t> reports;
