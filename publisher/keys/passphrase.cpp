@@ -55,7 +55,7 @@ public:
     // Nothing if a signal came before the line's end.
     std::optional<std::string> ask(const std::string& question) const {
         writeAll(terminal_, question.data(), question.size(), "/dev/tty");
-        const std::optional<std::string> line = readLine();
+        std::optional<std::string> line = readLine();
         // Without echo the terminal hasn't shown the line's end either.
         writeAll(terminal_, "\n", 1, "/dev/tty");
         return line;
