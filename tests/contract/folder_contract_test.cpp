@@ -1,5 +1,5 @@
-// What the update helper asks of the system: names, copies, links, folders, and the
-// process that it waits for.
+// What the update helper asks of the system: names, copies, links and folders. How it waits for a
+// process is tested in tests/helper.
 #include "contract.h"
 
 #include <shellapi.h>
@@ -105,28 +105,4 @@ TEST(Programs, AreTold) {
               (std::vector<std::wstring>{LR"(C:\a b\x.exe)", L"--pid", L"7", L"", LR"(x\)",
                                          LR"(a\\b)", L"c\"d", L"é"}));
     EXPECT_EQ(::LocalFree(words), nullptr);
-}
-
-TEST(Programs, AreWaitedFor) {
-    constexpr DWORD rights = SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION;
-    EXPECT_EQ(::OpenProcess(rights, FALSE, 4194304), nullptr);
-    EXPECT_EQ(::GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    const TemporaryFolder folder;
-    const std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
-    PROCESS_INFORMATION child{};
-    ASSERT_EQ(start(childProgram(), line, folder.path(), child), 0U);
-    const HANDLE process = ::OpenProcess(rights, FALSE, child.dwProcessId);
-    EXPECT_TRUE(eventually([&] { return fs::exists(folder / "out"); }));
-    EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
-    const auto begun = [](HANDLE which) {
-        FILETIME created{}, unused{};
-        EXPECT_TRUE(::GetProcessTimes(which, &created, &unused, &unused, &unused));
-        return std::uint64_t{created.dwHighDateTime} << 32 | created.dwLowDateTime;
-    };
-    EXPECT_LE(begun(::GetCurrentProcess()), begun(process)) << "which the other one started";
-    fs::remove(folder / "out"); // and the child ends
-    EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";
-    EXPECT_TRUE(::CloseHandle(process));
-    EXPECT_TRUE(::CloseHandle(child.hProcess));
 }
