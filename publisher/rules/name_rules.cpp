@@ -24,6 +24,7 @@ std::string_view firstOf(std::string_view text, char separator) {
 // Windows gives these names to devices in every folder, whatever follows a dot.
 bool isDeviceName(std::string_view component) {
     std::string name(firstOf(component, '.'));
+    // Windows drops spaces between the name and the dot.
     name.erase(name.find_last_not_of(' ') + 1);
     std::transform(name.begin(), name.end(), name.begin(),
                    [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
