@@ -92,6 +92,7 @@ bool contains(const std::vector<std::wstring>& places, const std::wstring& place
 // Each caller keeps the result, since a tree may have a hundred thousand files.
 std::vector<std::wstring> foldedPlaces(const std::vector<std::filesystem::path>& places) {
     std::vector<std::wstring> result;
+    result.reserve(places.size());
     for (const std::filesystem::path& place : places) {
         result.push_back(foldedPath(place.generic_string()));
     }
