@@ -5,6 +5,7 @@
 #include "install/user_data.h"
 #include "job/begin_update_job.h"
 #include "job/elevation.h"
+#include "launcher/environment.h"
 #include "launcher/frame_loop.h"
 #include "launcher/notes.h"
 #include "launcher/window.h"
@@ -28,6 +29,7 @@ bool hasOption(int argc, char** argv, std::string_view option) {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    launcher::removeOrders();
     launcher::LauncherState launcher;
     launcher.elevatedUpdate = hasOption(argc, argv, job::elevatedOption);
     const auto opened = launcher::openWindow(launcher.window, launcher.renderer);

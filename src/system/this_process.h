@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace ca::system {
 
@@ -12,5 +13,8 @@ std::filesystem::path executableFile();
 
 // An environment variable's value; empty when it isn't set.
 std::wstring environmentValue(const wchar_t* name);
+
+// The names of all environment variables. No other thread may change the environment meanwhile.
+std::vector<std::wstring> environmentNames();
 
 } // namespace ca::system

@@ -198,6 +198,21 @@ TEST(Main, TakesItsStepsInOrder) {
     }
 }
 
+TEST(Main, TakesNoOrdersFromTheEnvironment) {
+    const std::vector<std::string> orders{"SDL3_DYNAMIC_API", "SDL_OPENGL_LIBRARY",
+                                          "SDL_VIDEO_DUMMY_SAVE_FRAMES", "sdl_egl_library"};
+    for (const std::string& name : orders) {
+        ::setenv(name.c_str(), "x", 1);
+    }
+    ::setenv("SDL_RENDER_DRIVER", "software", 1);
+    failing.clear();
+    run({"launcher"}, 0);
+    for (const std::string& name : orders) {
+        EXPECT_EQ(std::getenv(name.c_str()), nullptr) << name;
+    }
+    EXPECT_STREQ(std::getenv("SDL_RENDER_DRIVER"), "software");
+}
+
 TEST(Main, KnowsOneOption) {
     failing.clear();
     using Row = std::pair<std::vector<std::string>, bool>;

@@ -138,6 +138,12 @@ DWORD GetCurrentProcessId();
 // leaves the last error alone. Must not run while another thread changes the environment.
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 
+// All variables as "NAME=value", a zero behind each and one more at the end; what isn't UTF-8 is left
+// out. Freed by the second call. Null without memory. Must not run while another thread changes the
+// environment.
+LPWSTR GetEnvironmentStringsW();
+BOOL FreeEnvironmentStringsW(LPWSTR block);
+
 // Sets a variable for this process and those that it starts; null removes it. Must not run while
 // another thread uses the environment.
 BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);

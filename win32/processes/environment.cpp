@@ -4,6 +4,9 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cwchar>
+#include <new>
+#include <unistd.h>
 
 using namespace ca::win32;
 
@@ -28,4 +31,26 @@ DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size) {
     // A host's variable may hold any bytes. What isn't UTF-8 can't be told to the launcher.
     const std::optional<std::wstring> wide = toWide(value);
     return wide ? returnText(*wide, buffer, size) : 0;
+}
+
+LPWSTR GetEnvironmentStringsW() {
+    std::wstring block;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::optional<std::wstring> wide = toWide(*entry);
+        if (wide && !wide->empty()) {
+            block += *wide + L'\0';
+        }
+    }
+    auto* const copy = new (std::nothrow) wchar_t[block.size() + 1];
+    if (copy == nullptr) {
+        fail(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+    std::wmemcpy(copy, block.c_str(), block.size() + 1);
+    return copy;
+}
+
+BOOL FreeEnvironmentStringsW(LPWSTR block) {
+    delete[] block;
+    return TRUE;
 }
