@@ -1,5 +1,5 @@
 // What the contract's tests share. They run against Windows' own functions and against the layer
-// that stands in for them; where one of the two is known to differ, a row names both answers.
+// that stands in for them; where one of the two is known to differ, a row says so.
 #pragma once
 
 #include "install/paths.h"
@@ -44,6 +44,17 @@ inline DWORD start(const std::filesystem::path& program, std::wstring line,
 // A call's success, or its error.
 inline DWORD result(BOOL done) {
     return done ? 0 : ::GetLastError();
+}
+
+// What calls came to, one behind the other, and what each has to come to.
+struct Step {
+    const char* name;
+    std::uint64_t got, expected;
+};
+inline void expectSteps(std::initializer_list<Step> steps) {
+    for (const Step& step : steps) {
+        EXPECT_EQ(step.got, step.expected) << step.name;
+    }
 }
 
 } // namespace ca::test

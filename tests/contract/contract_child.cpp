@@ -1,9 +1,10 @@
 // The program that the contract's tests start:
 //
-//   contract_child report FILE [ARGUMENT]...     writes its folder, its own path, DISPLAY and its
-//   arguments to FILE contract_child wait FILE                     the same, then ends when the
-//   file is gone contract_child leave URL MICROSECONDS        returns from main while its other
-//   thread downloads
+//   contract_child report FILE [ARGUMENT]...
+//                              writes its folder, its own path and the arguments to FILE
+//   contract_child wait FILE   the same, then ends when the file is gone
+//   contract_child leave URL MICROSECONDS
+//                              returns from main while its other thread downloads
 #include "contract.h"
 #include "net/download.h"
 
@@ -26,8 +27,8 @@ int main(int argc, char** argv) {
         }
         return 0;
     }
-    std::string text = utf8FromPath(std::filesystem::current_path()) + "\n" +
-                       utf8FromPath(executableDir()) + "\n" + setting("DISPLAY");
+    std::string text =
+        utf8FromPath(std::filesystem::current_path()) + "\n" + utf8FromPath(executableDir());
     for (std::size_t i = 2; i < arguments.size(); ++i) {
         text += "\n" + arguments[i];
     }

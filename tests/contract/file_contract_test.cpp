@@ -37,25 +37,35 @@ TEST(Files, OpenByTheirDisposition) {
 
 TEST(Files, AreReadAndWrittenAsTheirHandlesAllow) {
     const TemporaryFolder folder;
-    HANDLE file = open(folder / u8"fé€", reading | writing, CREATE_NEW);
-    DWORD count = 9;
-    char bytes[8] = {};
-    EXPECT_TRUE(::WriteFile(file, "hello", 5, &count, nullptr) && count == 5 &&
-                ::FlushFileBuffers(file));
-    EXPECT_TRUE(::ReadFile(file, bytes, 8, &count, nullptr) && count == 0) << "the end of the file";
-    EXPECT_TRUE(::CloseHandle(file));
-    file = open(folder / u8"fé€", reading, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
-    EXPECT_TRUE(::ReadFile(file, bytes, 8, &count, nullptr) &&
-                std::string(bytes, count) == "hello");
-    EXPECT_TRUE(!::WriteFile(file, "x", 1, &count, nullptr) &&
-                ::GetLastError() == ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(!::FlushFileBuffers(file) && ::GetLastError() == ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(::CloseHandle(file) && !::CloseHandle(nullptr) &&
-                ::GetLastError() == ERROR_INVALID_HANDLE);
-    file = open(folder / "test", writing, CREATE_NEW,
-                FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
-    EXPECT_TRUE(std::filesystem::exists(folder / "test"));
-    EXPECT_TRUE(::CloseHandle(file) && !std::filesystem::exists(folder / "test"));
+    const auto path = folder / u8"fé€", passing = folder / "test";
+    char bytes[8] = "hello";
+    const auto write = [&](HANDLE file) {
+        DWORD count = 0;
+        const DWORD error = result(::WriteFile(file, bytes, 5, &count, nullptr));
+        return error == 0 ? 1000 + count : error;
+    };
+    const auto read = [&](HANDLE file) {
+        DWORD count = 0;
+        const DWORD error = result(::ReadFile(file, bytes, 8, &count, nullptr));
+        return error == 0 ? 1000 + count : error;
+    };
+    const HANDLE both = open(path, reading | writing, CREATE_NEW);
+    expectSteps({{"write", write(both), 1005},
+                 {"flush", result(::FlushFileBuffers(both)), 0},
+                 {"read at the end", read(both), 1000},
+                 {"close", result(::CloseHandle(both)), 0}});
+    const HANDLE old = open(path, reading, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
+    expectSteps({{"read", read(old), 1005},
+                 {"write without the right", write(old), ERROR_ACCESS_DENIED},
+                 {"flush without the right", result(::FlushFileBuffers(old)), ERROR_ACCESS_DENIED},
+                 {"close", result(::CloseHandle(old)), 0},
+                 {"close nothing", result(::CloseHandle(nullptr)), ERROR_INVALID_HANDLE}});
+    EXPECT_EQ(readFile(path), "hello");
+    const HANDLE test =
+        open(passing, writing, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
+    expectSteps({{"there", std::filesystem::exists(passing), true},
+                 {"close", result(::CloseHandle(test)), 0},
+                 {"gone", std::filesystem::exists(passing), false}});
 }
 
 TEST(Files, MoveInOneStep) {
@@ -72,9 +82,10 @@ TEST(Files, MoveInOneStep) {
           Row("no", "c", over, ERROR_FILE_NOT_FOUND), Row("no/x", "c", over, ERROR_PATH_NOT_FOUND),
           Row("a", "no/x", over, ERROR_PATH_NOT_FOUND), Row("a", "c", 0, 0),
           Row("c", "sub/b", over | MOVEFILE_WRITE_THROUGH, 0), Row("sub", "d", 0, 0)}) {
-        const BOOL moved = ::MoveFileExW(wideFromPath(folder / from).c_str(),
-                                         wideFromPath(folder / to).c_str(), flags);
-        EXPECT_EQ(moved ? 0 : ::GetLastError(), error) << from << " to " << to;
+        EXPECT_EQ(result(::MoveFileExW(wideFromPath(folder / from).c_str(),
+                                       wideFromPath(folder / to).c_str(), flags)),
+                  error)
+            << from << " to " << to;
     }
-    EXPECT_TRUE(readFile(folder / "d" / "b") == "a" && !std::filesystem::exists(folder / "a"));
+    EXPECT_EQ(contentsOf(folder.path()), (Contents{{"d/", ""}, {"d/b", "a"}, {"empty/", ""}}));
 }

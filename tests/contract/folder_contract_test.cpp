@@ -24,34 +24,35 @@ TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
         return result(::RemoveDirectoryW(at(name).c_str()));
     };
     const auto erase = [&](const char* name) { return result(::DeleteFileW(at(name).c_str())); };
-    using Row = std::tuple<const char*, DWORD, DWORD>;
-    for (const auto& [step, got, expected] :
-         {Row("copy", copy("a", "copy", TRUE), 0),
-          Row("copy again", copy("a", "copy", TRUE), ERROR_FILE_EXISTS),
-          Row("copy over", copy("sub/b", "copy", FALSE), 0),
-          Row("copy nothing", copy("no", "x", FALSE), ERROR_FILE_NOT_FOUND),
-          Row("copy nowhere", copy("a", "no/x", FALSE), ERROR_PATH_NOT_FOUND),
-          Row("link", link("link", "a"), 0),
-          Row("link again", link("link", "a"), ERROR_ALREADY_EXISTS),
-          Row("copy over the other name", copy("a", "link", FALSE), ERROR_SHARING_VIOLATION),
-          Row("link nothing", link("x", "no"), ERROR_FILE_NOT_FOUND), Row("make", make("new"), 0),
-          Row("make again", make("new"), ERROR_ALREADY_EXISTS),
-          Row("make below nothing", make("no/x"), ERROR_PATH_NOT_FOUND),
-          Row("remove a file as a folder", remove("a"), ERROR_DIRECTORY),
-          Row("remove a full one", remove("sub"), ERROR_DIR_NOT_EMPTY),
-          Row("remove an empty one", remove("new"), 0),
-          Row("remove nothing", remove("new"), ERROR_FILE_NOT_FOUND),
-          Row("delete a folder", erase("sub"), ERROR_ACCESS_DENIED),
-          Row("delete one name of two", erase("a"), 0),
-          Row("delete nothing", erase("a"), ERROR_FILE_NOT_FOUND)}) {
-        EXPECT_EQ(got, expected) << step;
-    }
-    EXPECT_EQ(readFile(folder / "copy") + readFile(folder / "link"), "ba");
-    EXPECT_EQ(::GetFileAttributesW(at("sub").c_str()) & FILE_ATTRIBUTE_DIRECTORY,
-              DWORD{FILE_ATTRIBUTE_DIRECTORY});
-    EXPECT_EQ(::GetFileAttributesW(at("link").c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
-    EXPECT_TRUE(::GetFileAttributesW(at("a").c_str()) == INVALID_FILE_ATTRIBUTES &&
-                ::GetLastError() == ERROR_FILE_NOT_FOUND);
+    const auto isFolder = [&](const char* name) {
+        const DWORD attributes = ::GetFileAttributesW(at(name).c_str());
+        return attributes == INVALID_FILE_ATTRIBUTES ? ::GetLastError()
+                                                     : attributes & FILE_ATTRIBUTE_DIRECTORY;
+    };
+    expectSteps({{"copy", copy("a", "copy", TRUE), 0},
+                 {"copy again", copy("a", "copy", TRUE), ERROR_FILE_EXISTS},
+                 {"copy over", copy("sub/b", "copy", FALSE), 0},
+                 {"copy nothing", copy("no", "x", FALSE), ERROR_FILE_NOT_FOUND},
+                 {"copy nowhere", copy("a", "no/x", FALSE), ERROR_PATH_NOT_FOUND},
+                 {"link", link("link", "a"), 0},
+                 {"link again", link("link", "a"), ERROR_ALREADY_EXISTS},
+                 {"copy over the other name", copy("a", "link", FALSE), ERROR_SHARING_VIOLATION},
+                 {"link nothing", link("x", "no"), ERROR_FILE_NOT_FOUND},
+                 {"make", make("new"), 0},
+                 {"make again", make("new"), ERROR_ALREADY_EXISTS},
+                 {"make below nothing", make("no/x"), ERROR_PATH_NOT_FOUND},
+                 {"remove a file as a folder", remove("a"), ERROR_DIRECTORY},
+                 {"remove a full one", remove("sub"), ERROR_DIR_NOT_EMPTY},
+                 {"remove an empty one", remove("new"), 0},
+                 {"remove nothing", remove("new"), ERROR_FILE_NOT_FOUND},
+                 {"delete a folder", erase("sub"), ERROR_ACCESS_DENIED},
+                 {"delete one name of two", erase("a"), 0},
+                 {"delete nothing", erase("a"), ERROR_FILE_NOT_FOUND},
+                 {"a folder", isFolder("sub"), FILE_ATTRIBUTE_DIRECTORY},
+                 {"a file", isFolder("link"), 0},
+                 {"nothing", isFolder("a"), ERROR_FILE_NOT_FOUND}});
+    EXPECT_EQ(contentsOf(folder.path()),
+              (Contents{{"copy", "b"}, {"link", "a"}, {"sub/", ""}, {"sub/b", "b"}}));
 }
 
 TEST(Folders, AreListedAndPathsMadeWhole) {
@@ -71,9 +72,9 @@ TEST(Folders, AreListedAndPathsMadeWhole) {
     EXPECT_TRUE(::FindClose(search));
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::wstring>{L"fé€", L"sub/"}));
-    EXPECT_TRUE(::FindFirstFileW((wideFromPath(folder / "no") + L"/*").c_str(), &entry) ==
-                    INVALID_HANDLE_VALUE &&
-                ::GetLastError() == ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(::FindFirstFileW((wideFromPath(folder / "no") + L"/*").c_str(), &entry),
+              INVALID_HANDLE_VALUE);
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
 
     const std::wstring whole = wideFromPath(folder / "x");
     std::wstring buffer(1000, L' ');
@@ -107,27 +108,25 @@ TEST(Programs, AreTold) {
 }
 
 TEST(Programs, AreWaitedFor) {
-    EXPECT_TRUE(::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, 4194304) ==
-                    nullptr &&
-                ::GetLastError() == ERROR_INVALID_PARAMETER);
+    constexpr DWORD rights = SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION;
+    EXPECT_EQ(::OpenProcess(rights, FALSE, 4194304), nullptr);
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
     const TemporaryFolder folder;
     const std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
     PROCESS_INFORMATION child{};
     ASSERT_EQ(start(childProgram(), line, folder.path(), child), 0U);
-    const HANDLE process =
-        ::OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, child.dwProcessId);
+    const HANDLE process = ::OpenProcess(rights, FALSE, child.dwProcessId);
     EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
     EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
-    FILETIME created[2] = {}, unused{};
-    EXPECT_TRUE(::GetProcessTimes(::GetCurrentProcess(), &created[0], &unused, &unused, &unused) &&
-                ::GetProcessTimes(process, &created[1], &unused, &unused, &unused));
-    const auto steps = [](FILETIME time) {
-        return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+    const auto begun = [](HANDLE which) {
+        FILETIME created{}, unused{};
+        EXPECT_TRUE(::GetProcessTimes(which, &created, &unused, &unused, &unused));
+        return std::uint64_t{created.dwHighDateTime} << 32 | created.dwLowDateTime;
     };
-    EXPECT_LE(steps(created[0]), steps(created[1]))
-        << "the older process is that which started the other";
+    EXPECT_LE(begun(::GetCurrentProcess()), begun(process)) << "which the other one started";
     std::filesystem::remove(folder / "out"); // and the child ends
     EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
     EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";
-    EXPECT_TRUE(::CloseHandle(process) && ::CloseHandle(child.hProcess));
+    EXPECT_TRUE(::CloseHandle(process));
+    EXPECT_TRUE(::CloseHandle(child.hProcess));
 }

@@ -21,26 +21,27 @@ TEST(Text, IsWidenedOrRefused) {
         EXPECT_EQ(::MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0), count);
         EXPECT_EQ(::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), size, wide, 8),
                   wellFormed ? count : 0);
-        EXPECT_TRUE(wellFormed || ::GetLastError() == ERROR_NO_UNICODE_TRANSLATION)
+        EXPECT_EQ(wellFormed ? ERROR_NO_UNICODE_TRANSLATION : ::GetLastError(),
+                  DWORD{ERROR_NO_UNICODE_TRANSLATION})
             << testing::PrintToString(bytes);
     }
     wchar_t small[2];
     EXPECT_EQ(::MultiByteToWideChar(CP_UTF8, 0, "abc", -1, nullptr, 0), 4) << "-1 counts the zero";
-    EXPECT_TRUE(::MultiByteToWideChar(CP_UTF8, 0, "abc", 3, small, 2) == 0 &&
-                ::GetLastError() == ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_TRUE(::MultiByteToWideChar(CP_UTF8, 0, "", 0, small, 2) == 0 &&
-                ::GetLastError() == ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(result(::MultiByteToWideChar(CP_UTF8, 0, "abc", 3, small, 2)),
+              DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(result(::MultiByteToWideChar(CP_UTF8, 0, "", 0, small, 2)),
+              DWORD{ERROR_INVALID_PARAMETER});
 }
 
 TEST(Module, KnowsItsPathOrAsMuchAsFits) {
     wchar_t whole[4096];
     const DWORD length = ::GetModuleFileNameW(nullptr, whole, 4096);
-    EXPECT_TRUE(::GetLastError() == ERROR_SUCCESS &&
-                std::filesystem::exists(pathFromWide({whole, length})));
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_SUCCESS});
+    EXPECT_TRUE(std::filesystem::exists(pathFromWide({whole, length})));
     for (const DWORD size : {DWORD{1}, DWORD{5}, length}) {
         wchar_t cut[4096] = {};
-        EXPECT_TRUE(::GetModuleFileNameW(nullptr, cut, size) == size &&
-                    ::GetLastError() == ERROR_INSUFFICIENT_BUFFER);
+        EXPECT_EQ(::GetModuleFileNameW(nullptr, cut, size), size);
+        EXPECT_EQ(::GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
         EXPECT_EQ(std::wstring(cut, size - 1), std::wstring(whole, size - 1));
     }
 }

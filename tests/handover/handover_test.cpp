@@ -6,8 +6,8 @@ namespace {
 
 struct HandOver : Machine {
     HandOver() {
-        put(launcherName, installation / launcherName);
-        put("next/" + launcherName, tree / launcherName);
+        put("next/" + launcherName, installation / launcherName);
+        put(launcherName, tree / launcherName);
         put(helperName, tree / helperName);
         publish();
     }
@@ -40,13 +40,6 @@ struct HandOver : Machine {
     }
 };
 
-ca::job::SharedSnapshot notHandedOver() {
-    auto failed = look(Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");
-    failed.updateAvailable = true;
-    failed.progressDone = failed.progressTotal = 1;
-    return failed;
-}
-
 } // namespace
 
 TEST(HandOver, EndsInTheNextLauncher) {
@@ -61,7 +54,7 @@ TEST(HandOver, EndsInTheNextLauncher) {
 TEST(HandOver, TakesUpWhatWasInterrupted) {
     HandOver s; // only the launcher is old, and a helper that was killed has left its stage folder
     s.makeCurrent();
-    s.put(launcherName, s.installation / launcherName);
+    s.put("next/" + launcherName, s.installation / launcherName);
     const fs::path left = s.installation / ".coldanchor-update/stage-1" / launcherName;
     writeFile(left, "half a launcher");
     s.begin(start);
@@ -86,29 +79,15 @@ TEST(HandOver, ReplacesTheLauncherFromASubFolder) {
     EXPECT_EQ(s.launcher->wait(std::chrono::seconds(20)), 0);
     EXPECT_FALSE(fs::exists(s.installation / "tools"));
     // or each start would hand over again
-    s.put("next/" + launcherName, s.installation / "tools" / launcherName);
+    s.put(launcherName, s.installation / "tools" / launcherName);
     s.waitForSuccessor();
     s.expectNextLauncher();
     EXPECT_TRUE(readFile(s.installation / launcherName) ==
                 readFile(s.tree / "tools" / launcherName));
 }
 
-TEST(HandOver, NeedsAHelper) {
-    Machine s;
-    s.put(launcherName, s.tree / launcherName);
-    s.publish();
-    s.begin(start);
-    s.see(notHandedOver());
-    s.begin(refresh);
-    // twice the manifest, and once the other files
-    EXPECT_TRUE(eventually([&] { return s.requests().size() == 8; }));
-    s.see(notHandedOver());
-    s.play();
-}
-
 TEST(HandOver, ReturnsToTheOldLauncherOnce) {
     Machine s; // whose channel offers what looks like a launcher and can't be run
-    s.put("next/" + launcherName, s.installation / launcherName);
     s.put(helperName, s.installation / helperName);
     writeFile(
         s.tree / launcherName,
@@ -116,7 +95,10 @@ TEST(HandOver, ReturnsToTheOldLauncherOnce) {
     s.publish();
     s.begin(start);
     s.waitForSuccessor();
-    s.see(notHandedOver());
+    auto failed = look(Failed, "LAUNCHER SELF-UPDATE FAILED", "COULD NOT START UPDATE HELPER");
+    failed.updateAvailable = true;
+    failed.progressDone = failed.progressTotal = 1;
+    s.see(failed);
     EXPECT_EQ(s.requests().size(), 8U);
     // where Wine, and it alone, tells that it can't run the new one
     fs::resize_file(s.folder / "output", 0);

@@ -1,5 +1,5 @@
 // A scenario in which launchers follow one another. The windows that are looked at belong to the
-// next launcher, whose version stands in their footers.
+// launcher of the channel, whose version is in their footers.
 #pragma once
 
 #include "program/scenario.h"
@@ -14,7 +14,6 @@ inline const std::string helperName = "ColdAnchorUpdateHelper.exe";
 inline constexpr const char* slowManifest = "location ~ json$ { limit_rate 800; }";
 
 struct Machine : Scenario {
-    Machine() { put("next/" + launcherName, installation / launcherName); }
     ~Machine() {
         for (const pid_t id : launchers()) {
             ::kill(id, SIGKILL);
@@ -36,8 +35,7 @@ struct Machine : Scenario {
                 words.find(launcherName) != std::string::npos &&
                 words.find("--wait-pid") == std::string::npos &&
                 words.find("pkexec") == std::string::npos &&
-                words.find("/bin/sh") == std::string::npos &&
-                words.find("APPDATA=") == std::string::npos) {
+                words.find("/bin/sh") == std::string::npos) {
                 ids.push_back(std::stoi(entry.path().filename()));
             }
         }

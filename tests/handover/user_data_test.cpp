@@ -1,68 +1,75 @@
 // The player's files, where the environment, the disk and the rights to it differ.
-#include "handover/machine.h"
+#include "demo/process.h"
+#include "support/programs.h"
+#include "unit/temporary_folder.h"
 
 #include <unistd.h>
 
 using namespace ca::test;
+namespace fs = std::filesystem;
 
 namespace {
 
-struct Player : Machine {
+struct Player {
     Player() {
-        makeCurrent();
-        writeFile(installation / "save/profile_v07.sav", "ashore");
-        fs::create_directory(player / "a ö");
-        fs::permissions(player / "a ö", fs::perms(0777));
-    }
-    // The launcher has started with these places for a player's files, and ended again.
-    void run(const std::optional<std::string>& local, const std::string& roaming = {}) {
-        if (::geteuid() == 0 && programRunner().empty()) { // whom rights don't bind
-            wrapper = {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"};
+        fs::create_directories(a);
+        writeFile(game / "save/profile_v07.sav", "ashore");
+        writeFile(game / "save/settings_v01.cfg", "volume 3\n");
+        fs::copy_file(builtProgram("player_files.exe"), game / "player_files.exe");
+        for (const fs::path& writable : {a, game}) {
+            fs::permissions(writable, fs::perms(0777));
         }
-        variables = {{"LOCALAPPDATA", local}, {"APPDATA", roaming}};
-        begin(start);
-        see(current());
-        close();
     }
+    // With these places for a player's files.
+    void run(const std::string& local, const std::string& roaming) const {
+        auto words =
+            commandOf(game / "player_files.exe", {"LOCALAPPDATA", local, "APPDATA", roaming});
+        if (::geteuid() == 0 && programRunner().empty()) { // whom rights don't bind
+            words.insert(words.begin(),
+                         {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
+        }
+        EXPECT_EQ(ca::demo::Process(words).wait(std::chrono::seconds(20)), 0);
+    }
+
+    TemporaryFolder folder;
+    fs::path game = folder / "game";
+    fs::path a = folder / "a ö";
 };
 
 } // namespace
 
 TEST(UserData, GoesWhereTheEnvironmentSays) {
-    Player s;
-    fs::permissions(s.installation, fs::perms(0777));
-    const fs::path a = s.player / "a ö";
-    using Row = std::tuple<std::optional<std::string>, std::string, fs::path>;
-    for (const auto& [local, roaming, folder] :
-         {Row(shownPath(a / "Ünal 船"), shownPath(a / "b"), a / "Ünal 船/ColdAnchor"),
-          Row("", shownPath(a / "b"), a / "b/ColdAnchor"),
-          Row({}, shownPath(a / "c"), a / "c/ColdAnchor"),
-          Row("", "", s.installation / "userdata")}) {
-        SCOPED_TRACE(folder);
+    const Player s;
+    using Row = std::tuple<std::string, std::string, fs::path>;
+    for (const auto& [local, roaming, place] :
+         {Row(shownPath(s.a / "Ünal 船"), shownPath(s.a / "b"), s.a / "Ünal 船/ColdAnchor"),
+          Row("", shownPath(s.a / "b"), s.a / "b/ColdAnchor"),
+          Row("-", shownPath(s.a / "c"), s.a / "c/ColdAnchor"),
+          Row("", "-", s.game / "userdata")}) {
         s.run(local, roaming);
-        EXPECT_EQ(readFile(folder / "saves/profile_v07.sav"), "ashore");
-        EXPECT_EQ(readFile(folder / "saves/settings_v01.cfg"), "volume 3\n");
+        EXPECT_EQ(readFile(place / "saves/profile_v07.sav"), "ashore") << place;
+        EXPECT_EQ(readFile(place / "saves/settings_v01.cfg"), "volume 3\n") << place;
     }
 }
 
 TEST(UserData, LosesNothingWhereACopyFails) {
-    const std::string saves = "a ö/ColdAnchor/saves";
     using Row = std::pair<std::string, Paths>;
     for (const auto& [cause, changes] :
-         {Row("chmod 0 ../game/save/profile_v07.sav", {saves + "/settings_v01.cfg"}),
+         {Row("chmod 0 ../game/save/profile_v07.sav",
+              {"ColdAnchor/", "ColdAnchor/saves/", "ColdAnchor/saves/settings_v01.cfg"}),
+          Row("mkdir -p ColdAnchor/saves; echo mine >ColdAnchor/saves/settings_v01.cfg",
+              {"ColdAnchor/saves/profile_v07.sav"}),
           Row("mkdir -p ColdAnchor/saves/profile_v07.sav; touch ColdAnchor/saves/settings_v01.cfg",
               {}),
           Row("mkdir -p ColdAnchor/saves; chmod 555 ColdAnchor/saves", {}),
           Row("mkdir ColdAnchor; echo mine >ColdAnchor/saves", {})}) {
-        SCOPED_TRACE(cause);
         if (!programRunner().empty() && cause.find("chmod") != std::string::npos) {
             continue; // Wine runs as whoever runs the tests, whom rights may not bind
         }
-        Player s;
-        change(s.player / "a ö", cause);
-        s.run(shownPath(s.player / "a ö"));
-        Paths seen = s.changes();
-        std::erase(seen, "a ö/"); // no longer empty
-        EXPECT_EQ(seen, changes);
+        const Player s;
+        change(s.a, "umask 0; " + cause);
+        const Contents before = contentsOf(s.a);
+        s.run(shownPath(s.a), "-");
+        EXPECT_EQ(differing(before, contentsOf(s.a)), changes) << cause;
     }
 }

@@ -43,8 +43,14 @@ job::SharedSnapshot updated() {
 
 Scenario::Scenario() {
     display::open();
-    variables = {{"LOCALAPPDATA", shownPath(player / "local")},
-                 {"APPDATA", shownPath(player / "roaming")}};
+    const std::string home = folder.path();
+    environment = {"HOME=" + home,
+                   "XDG_RUNTIME_DIR=" + home,
+                   "LC_ALL=C.UTF-8",
+                   "http_proxy=",
+                   "LOCALAPPDATA=" + (player / "local").string(), // Wine has places of its own
+                   "SDL_RENDER_DRIVER=software",
+                   "SDL_FRAMEBUFFER_ACCELERATION=0"}; // no OpenGL
     release.version = "1.4.2";
     writeFile(tree / "data/first.dat", std::string(1000, '2'));
     writeFile(tree / "data/intact.dat", std::string(1000, 'i'));
@@ -86,28 +92,11 @@ void Scenario::begin(Road road) {
         return display::click(road == refresh ? 920 : 780, 470);
     }
     remember();
-    const std::string home = folder.path();
     demo::ProcessOptions options;
-    options.workingFolder = home;
+    options.workingFolder = folder.path();
     options.output = folder / "output";
-    options.environment = {"HOME=" + home, "XDG_RUNTIME_DIR=" + home, "LC_ALL=C.UTF-8",
-                           // no OpenGL
-                           "http_proxy=", "SDL_RENDER_DRIVER=software",
-                           "SDL_FRAMEBUFFER_ACCELERATION=0"};
-    std::vector<std::string> words;
-    for (const auto& [name, value] : variables) {
-        if (!value) {
-            words.insert(words.end(), {"-u", name});
-        }
-    }
-    for (const auto& [name, value] : variables) {
-        if (value) {
-            words.push_back(name + "=" + *value);
-        }
-    }
-    words.push_back(shownPath(installation / "ColdAnchorLauncher.exe"));
-    // Wine sets a player's variables itself, so they have to be set behind it.
-    words = commandOf(programRunner().empty() ? "env" : builtProgram("env.exe"), words);
+    options.environment = environment;
+    std::vector<std::string> words = commandOf(installation / "ColdAnchorLauncher.exe");
     words.insert(words.begin(), wrapper.begin(), wrapper.end());
     launcher = std::make_unique<demo::Process>(words, options);
     EXPECT_TRUE(display::waitForWindow()) << readFile(folder / "output");
@@ -134,25 +123,11 @@ void Scenario::holdServer(bool held) const {
     ::kill(-std::stoi(readFile(folder / "nginx/nginx.pid")), held ? SIGSTOP : SIGCONT);
 }
 
-void Scenario::tryInputs(const job::SharedSnapshot& busy) {
-    see(busy);
-    holdServer(true);
-    clickMain();
-    begin(refresh);
-    begin(repair);
-    display::press("Return");
-    const std::string version = readFile(data / "game_version").substr(0, 5);
-    // a frame that shows the second change began behind the inputs
-    for (const char* ending : {".0\n", "\n"}) {
-        writeFile(data / "game_version", version + ending);
-        see(busy);
-    }
-    holdServer(false);
-}
-
 void Scenario::expectCurrent() const {
     for (const auto& [path, bytes] : contentsOf(tree)) {
-        EXPECT_TRUE(path.ends_with('/') || readFile(installation / path) == bytes) << path;
+        if (!path.ends_with('/')) {
+            EXPECT_TRUE(readFile(installation / path) == bytes) << path;
+        }
     }
     EXPECT_EQ(readFile(data / "game_version"), release.version + "\n");
 }
@@ -170,7 +145,7 @@ void Scenario::close() {
 
 void Scenario::play(const std::string& key) {
     const fs::path report = installation / "game.report";
-    key.empty() ? clickMain() : display::press(key);
+    key.empty() ? display::click(850, 550) : display::press(key);
     expectEnd();
     EXPECT_TRUE(eventually([&] { return !readFile(report).empty(); }));
     writeFile(installation / "game.stop", {});

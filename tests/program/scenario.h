@@ -11,7 +11,6 @@
 #include "unit/temporary_folder.h"
 
 #include <gtest/gtest.h>
-#include <optional>
 
 namespace ca::test {
 
@@ -39,13 +38,10 @@ struct Scenario {
 
     void holdServer(bool held) const; // no byte and no answer while it is held
     void begin(Road road);            // a start returns with the first frame
-    void clickMain() const { display::click(850, 550); }
 
     // Each waits for what it expects, and fails the test if that doesn't come.
     // the whole window; the bar may stand anywhere while updating
     void see(const job::SharedSnapshot& look) const;
-    // all that a job ignores, while the server is held
-    void tryInputs(const job::SharedSnapshot& busy);
     void close(); // by the window: the launcher ends at once
     // by a click on PLAY or a key: the launcher ends, one game goes on
     void play(const std::string& key = {});
@@ -68,9 +64,8 @@ struct Scenario {
     fs::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
     demo::Release release;
     std::unique_ptr<demo::Nginx> server;
-    std::vector<std::string> wrapper; // what the launcher is started through
-    // of the launcher; paths as shownPath tells them
-    std::map<std::string, std::optional<std::string>> variables;
+    std::vector<std::string> wrapper;     // what the launcher is started through
+    std::vector<std::string> environment; // of the launcher
     std::unique_ptr<demo::Process> launcher;
     Contents before;
 

@@ -26,14 +26,9 @@ struct Canvas {
         return {pixels, pixels + 1040 * 640};
     }
 
-    void fill(const SDL_FRect& area, Colour colour) const {
-        setColour(colour);
-        SDL_RenderFillRect(renderer, &area);
-    }
-
     // In the debug font at this scale.
     void write(float x, float y, const std::string& text, float scale, Colour colour) const {
-        setColour(colour);
+        SDL_SetRenderDrawColor(renderer, colour >> 16 & 255, colour >> 8 & 255, colour & 255, 255);
         SDL_SetRenderScale(renderer, scale, scale);
         SDL_RenderDebugText(renderer, x / scale, y / scale, text.c_str());
         SDL_SetRenderScale(renderer, 1, 1);
@@ -41,11 +36,6 @@ struct Canvas {
 
     SDL_Surface* const surface = SDL_CreateSurface(1040, 640, SDL_PIXELFORMAT_XRGB8888);
     SDL_Renderer* const renderer = SDL_CreateSoftwareRenderer(surface);
-
-private:
-    void setColour(Colour colour) const {
-        SDL_SetRenderDrawColor(renderer, colour >> 16 & 255, colour >> 8 & 255, colour & 255, 255);
-    }
 };
 
 } // namespace ca::test

@@ -85,6 +85,20 @@ protected:
     std::function<void()> onProgress;
 };
 
+TEST_F(Apply, ChecksTheBytesThatWereSigned) {
+    const fs::path data(TEST_DATA), web = root / "stable/windows";
+    fs::copy(data / "update_public_key.pem", install / "data");
+    fs::copy(data, web);
+    for (const auto& [name, behind, offered] :
+         {std::tuple("manifest.sig", " \t\r\n", 2U), {"manifest.json", "\n", 0U}}) {
+        writeFile(web / name, readFile(web / name) + behind);
+        UpdatePlan fresh;
+        std::string error;
+        EXPECT_EQ(updater.check("stable", fresh, error), offered != 0) << error;
+        EXPECT_EQ(fresh.files.size(), offered);
+    }
+}
+
 TEST_F(Apply, MovesNewFilesInAndOldOnesAside) {
     add("x", "new x", 5);
     add("sub folder\\ünï/y", "new y", 3); // two bytes short: what arrived counts

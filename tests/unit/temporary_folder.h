@@ -52,19 +52,28 @@ using Contents = std::map<std::string, std::string>;
 using Paths = std::vector<std::string>;
 
 // Every path below `folder`: a file's with its bytes, a link's with where it leads, a folder's
-// with a slash behind it.
+// with a slash behind it. Whatever another program removes meanwhile may be missing.
 inline Contents contentsOf(const std::filesystem::path& folder) {
     Contents contents;
-    for (const std::filesystem::directory_entry& entry :
-         std::filesystem::recursive_directory_iterator(folder)) {
-        const std::string name = entry.path().lexically_relative(folder).generic_string();
-        if (entry.is_symlink()) {
-            contents[name] = std::filesystem::read_symlink(entry.path()).generic_string();
-        } else if (entry.is_directory()) {
+    std::error_code error;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != end(entry); entry.increment(error)) {
+        const std::filesystem::path& path = entry->path();
+        const std::string name = path.filename().string();
+        std::error_code gone;
+        if (entry->is_symlink(gone)) {
+            contents[name] = std::filesystem::read_symlink(path, gone).generic_string();
+        } else if (entry->is_directory(gone)) {
             contents[name + "/"] = {};
+            for (const auto& [below, bytes] : contentsOf(path)) {
+                contents[name + "/" + below] = bytes;
+            }
         } else {
-            contents[name] = readFile(entry.path());
+            contents[name] = readFile(path);
         }
+    }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        throw std::filesystem::filesystem_error("contentsOf", folder, error);
     }
     return contents;
 }
