@@ -1,8 +1,8 @@
 #include "bench/data.h"
 #include "bench/measure.h"
 #include "bench/rows.h"
-#include "demo/channel.h"
-#include "demo/nginx.h"
+#include "shared/channel.h"
+#include "shared/nginx.h"
 #include "update/digest.h"
 
 namespace ca::bench {
@@ -18,7 +18,7 @@ public:
         : worker_(setting.worker),
           scratch_(setting.scratch),
           server_(scratch_ / "nginx", {scratch_ / "channels", 0, ""}) {
-        demo::makeKeyPair(scratch_);
+        kit::makeKeyPair(scratch_);
         fingerprint_ = update::sha256File(scratch_ / publicKey);
     }
 
@@ -26,7 +26,7 @@ public:
     void offer(const Tree& tree) {
         const fs::path key = tree.folder / "data" / publicKey;
         fs::remove(key);
-        demo::publish(tree.folder, scratch_ / "channels" / tree.folder.filename(),
+        kit::makeLive(tree.folder, scratch_ / "channels" / tree.folder.filename(),
                       {"1.4.2", "1.3.0", "Notes"}, scratch_ / "update_private_key.pem");
         fs::create_directories(key.parent_path());
         fs::copy_file(scratch_ / publicKey, key);
@@ -35,8 +35,8 @@ public:
     Command check(const Tree& tree) const {
         return {worker_, "check", ".", server_.url() + "/" + tree.folder.filename().string()};
     }
-    demo::ProcessOptions trustingIn(const Tree& tree) const {
-        demo::ProcessOptions options;
+    kit::ProcessOptions trustingIn(const Tree& tree) const {
+        kit::ProcessOptions options;
         options.workingFolder = tree.folder;
         options.environment = {"COLDANCHOR_BENCH_FINGERPRINT=" + fingerprint_};
         return options;
@@ -47,7 +47,7 @@ private:
 
     fs::path worker_;
     fs::path scratch_;
-    demo::Nginx server_;
+    kit::Nginx server_;
     std::string fingerprint_;
 };
 
@@ -58,8 +58,8 @@ Command digestsOf(Command program, const Tree& tree) {
     return program;
 }
 
-demo::ProcessOptions silentIn(const Tree& tree) {
-    demo::ProcessOptions options;
+kit::ProcessOptions silentIn(const Tree& tree) {
+    kit::ProcessOptions options;
     options.workingFolder = tree.folder;
     options.output = "/dev/null";
     return options;

@@ -1,7 +1,7 @@
 #include "bench/data.h"
 #include "bench/measure.h"
 #include "bench/rows.h"
-#include "demo/nginx.h"
+#include "shared/nginx.h"
 
 #include <fstream>
 
@@ -14,7 +14,7 @@ namespace {
 // A tree's URLs, and folders for what they give.
 class Job {
 public:
-    Job(const Setting& setting, const demo::Nginx& server, const Tree& tree)
+    Job(const Setting& setting, const kit::Nginx& server, const Tree& tree)
         : worker_(setting.worker),
           place_(setting.scratch / tree.folder.filename()),
           single_(tree.names.size() == 1) {
@@ -57,7 +57,7 @@ private:
     int targets_ = 0;
 };
 
-Row largeRow(const Setting& setting, const demo::Nginx& server, const Tree& tree) {
+Row largeRow(const Setting& setting, const kit::Nginx& server, const Tree& tree) {
     Job job(setting, server, tree);
     const std::vector<double> seconds =
         alternate({[&] { return secondsOfProgram(job.ours(), {}); },
@@ -71,7 +71,7 @@ Row largeRow(const Setting& setting, const demo::Nginx& server, const Tree& tree
             .limit = 0.9};
 }
 
-Row smallRow(const Setting& setting, const demo::Nginx& server) {
+Row smallRow(const Setting& setting, const kit::Nginx& server) {
     const Tree tree = makeTree(setting.data, setting.sizes.downloads, 8 << 10);
     Job job(setting, server, tree);
     const std::vector<double> seconds =
@@ -87,7 +87,7 @@ Row smallRow(const Setting& setting, const demo::Nginx& server) {
             .limit = 1};
 }
 
-Row memoryRow(const Setting& setting, const demo::Nginx& server, const Tree& large) {
+Row memoryRow(const Setting& setting, const kit::Nginx& server, const Tree& large) {
     const Tree little = makeTree(setting.data, 1, 1 << 10);
     Job job(setting, server, large);
     Job littleJob(setting, server, little);
@@ -109,7 +109,7 @@ Row memoryRow(const Setting& setting, const demo::Nginx& server, const Tree& lar
 } // namespace
 
 void addDownloadRows(const Setting& setting, std::vector<Row>& rows) {
-    const demo::Nginx server(setting.scratch / "nginx", {setting.data, 0, ""});
+    const kit::Nginx server(setting.scratch / "nginx", {setting.data, 0, ""});
     const Tree large = makeTree(setting.data, 1, setting.sizes.download);
     rows.push_back(largeRow(setting, server, large));
     rows.push_back(smallRow(setting, server));

@@ -9,8 +9,8 @@ namespace ca::bench {
 
 namespace {
 
-void run(const Command& command, const demo::ProcessOptions& options) {
-    demo::Process process(command, options);
+void run(const Command& command, const kit::ProcessOptions& options) {
+    kit::Process process(command, options);
     const std::optional<int> status = process.wait(std::chrono::minutes(30));
     if (status != 0) {
         throw std::runtime_error(
@@ -42,13 +42,13 @@ double secondsOf(const std::function<void()>& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-double secondsOfProgram(const Command& command, const demo::ProcessOptions& options) {
+double secondsOfProgram(const Command& command, const kit::ProcessOptions& options) {
     return secondsOf([&] { run(command, options); });
 }
 
 // A process inherits the peak of the one that forked it, so a small program has to stand between
 // this one and the other.
-double peakOfProgram(const Command& command, const demo::ProcessOptions& options) {
+double peakOfProgram(const Command& command, const kit::ProcessOptions& options) {
     const std::filesystem::path result = std::filesystem::absolute("peak.txt");
     Command timed{"time", "--quiet", "--format=%M", "--output=" + result.string()};
     timed.insert(timed.end(), command.begin(), command.end());

@@ -2,7 +2,7 @@
 // does hits all of them.
 #pragma once
 
-#include "demo/process.h"
+#include "shared/process.h"
 
 #include <functional>
 #include <string>
@@ -22,10 +22,10 @@ using Command = std::vector<std::string>;
 
 // Runs a program to its end, start and exit included. Both throw std::runtime_error
 // unless the exit status is 0.
-double secondsOfProgram(const Command& command, const demo::ProcessOptions& options);
+double secondsOfProgram(const Command& command, const kit::ProcessOptions& options);
 
 // The most memory, in MiB, that the program ever had resident. Writes a file
 // into the working folder.
-double peakOfProgram(const Command& command, const demo::ProcessOptions& options);
+double peakOfProgram(const Command& command, const kit::ProcessOptions& options);
 
 } // namespace ca::bench

@@ -7,9 +7,9 @@
 // of the channel. When all is in place the server's address is printed in a line. A line on
 // standard input then puts the next release into the channel, and its version is printed. The
 // server runs until standard input ends, so that it can't outlive the one who started it.
-#include "channel.h"
-#include "nginx.h"
 #include "release.h"
+#include "shared/channel.h"
+#include "shared/nginx.h"
 
 #include <exception>
 #include <fstream>
@@ -33,18 +33,18 @@ void serveDemo(const fs::path& folder, const fs::path& programs, const fs::path&
     ca::demo::writeNextRelease(folder / "next_release", folder / "release", programs);
     ca::demo::writeInstallation(folder / "installation", folder / "release",
                                 keys / "update_public_key.pem");
-    ca::demo::Release release;
+    ca::kit::Release release;
     release.version = ca::demo::demoVersion;
     release.minimumOnlineVersion = "1.4.0";
     release.notes = ca::demo::releaseNotes();
-    ca::demo::publish(folder / "release", folder / "channel", release,
+    ca::kit::makeLive(folder / "release", folder / "channel", release,
                       keys / "update_private_key.pem");
 
-    ca::demo::NginxOptions options;
+    ca::kit::NginxOptions options;
     options.root = folder / "channel";
     options.bytesPerSecond = bytesPerSecond;
     options.serverDirectives = slowManifest;
-    const ca::demo::Nginx server(folder / "server", options);
+    const ca::kit::Nginx server(folder / "server", options);
     std::ofstream address(folder / "installation/data/update_server.txt");
     address << server.url() << "\n";
     if (!address.flush()) {
@@ -54,7 +54,7 @@ void serveDemo(const fs::path& folder, const fs::path& programs, const fs::path&
     for (std::string line; std::getline(std::cin, line);) {
         release.version = ca::demo::nextVersion;
         release.notes = ca::demo::nextReleaseNotes();
-        ca::demo::publish(folder / "next_release", folder / "channel", release,
+        ca::kit::makeLive(folder / "next_release", folder / "channel", release,
                           keys / "update_private_key.pem");
         std::cout << release.version << std::endl;
     }

@@ -5,6 +5,7 @@
 #include "helper/file_steps.h"
 #include "helper/wait.h"
 #include "install/handover.h"
+#include "system/executable_name.h"
 #include "system/files.h"
 #include "system/folders.h"
 
@@ -15,6 +16,35 @@ namespace {
 // A scanner is done with a launcher long before. The player sees nothing meanwhile.
 constexpr ca::system::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .longestPause = 2000};
 
+// Of the first tries to replace the launcher, before it counts as held for good.
+constexpr ca::system::RetryTimes scannerTimes{
+    .limit = 5 * 1000, .firstPause = 50, .longestPause = 500};
+
+// Where another launcher's window keeps the program busy, it can't be replaced. A running program
+// can be renamed, though: the old one moves aside, and back if the new one doesn't get its place.
+bool moveInBeside(const Arguments& arguments, const ca::system::Patience& patience) {
+    const std::wstring aside = arguments.backup + arguments.name + L".running";
+    if (!ca::system::moveFile(arguments.target, aside)) {
+        return false;
+    }
+    if (moveOver(arguments.staged, arguments.target, patience)) {
+        return true;
+    }
+    // The same bytes are in the backup folder under the launcher's own name, too.
+    if (!moveOver(aside, arguments.target, patience)) {
+        ca::system::copyFile(arguments.backup + arguments.name, arguments.target);
+    }
+    return false;
+}
+
+bool moveIn(const Arguments& arguments, const ca::system::Patience& patience) {
+    if (moveOver(arguments.staged, arguments.target, ca::system::Patience(scannerTimes))) {
+        return true;
+    }
+    // On a disk that fails otherwise, moving the launcher aside would only make it worse.
+    return ca::system::isTransient(::GetLastError()) && moveInBeside(arguments, patience);
+}
+
 ExitStatus replaceLauncher(const Arguments& arguments, const ca::system::Patience& patience) {
     const std::wstring old = arguments.backup + arguments.name;
     // A player may have renamed the launcher that is running: then its place is empty.
@@ -22,8 +52,7 @@ ExitStatus replaceLauncher(const Arguments& arguments, const ca::system::Patienc
         !keepAside(arguments.target, arguments.backup, arguments.name, patience)) {
         return exitNotKept;
     }
-    if (!flushToDisk(arguments.staged, patience) ||
-        !moveOver(arguments.staged, arguments.target, patience)) {
+    if (!flushToDisk(arguments.staged, patience) || !moveIn(arguments, patience)) {
         return exitNotReplaced;
     }
     if (start(arguments.target, patience)) {
@@ -32,30 +61,46 @@ ExitStatus replaceLauncher(const Arguments& arguments, const ca::system::Patienc
     return moveOver(old, arguments.target, patience) ? exitNewDoesNotStart : exitNothingStarts;
 }
 
+// Whatever went wrong, the target is a whole launcher: the player gets it back.
+bool startAgain(const Arguments& arguments, const ca::system::Patience& patience) {
+    ::SetEnvironmentVariableW(ca::install::handoverFailedVariable,
+                              ca::install::handoverFailedValue);
+    return start(arguments.target, patience);
+}
+
+// A refused stage folder, such as one behind a link, is no reason to leave the player without a
+// launcher. The one beside this very program may be started whoever asks for it.
+ExitStatus refuse(const Arguments& arguments, ExitStatus status) {
+    const std::wstring own = ca::system::executableName();
+    const std::wstring folder = arguments.target.substr(0, arguments.target.find_last_of(L"/\\"));
+    const bool isBeside = own.starts_with(folder) && own.find_last_of(L"/\\") == folder.size();
+    if (status == exitBadStage && isBeside && waitForEnd(arguments.processId, longestWait)) {
+        startAgain(arguments, ca::system::Patience(times)); // the status says what was wrong before
+    }
+    return status;
+}
+
 } // namespace
 
 int main() {
     Arguments arguments;
-    if (const ExitStatus status = readArguments(arguments); status != exitReplaced) {
-        return status;
+    const ExitStatus asked = readArguments(arguments);
+    if (asked != exitReplaced) {
+        return refuse(arguments, asked);
     }
     if (!waitForEnd(arguments.processId, longestWait)) {
         return exitLauncherStillRuns;
     }
     // Whoever may write here has had the time to put a link in.
-    if (const ExitStatus status = readArguments(arguments); status != exitReplaced) {
-        return status;
+    const ExitStatus stillAsked = readArguments(arguments);
+    if (stillAsked != exitReplaced) {
+        return refuse(arguments, stillAsked);
     }
     const ca::system::Patience patience(times);
     ExitStatus status = isProgram(arguments.staged, patience) ? replaceLauncher(arguments, patience)
                                                               : exitNotAProgram;
-    if (status != exitReplaced) {
-        // Whatever went wrong, the target is a whole launcher: the player gets it back.
-        ::SetEnvironmentVariableW(ca::install::handoverFailedVariable,
-                                  ca::install::handoverFailedValue);
-        if (!start(arguments.target, patience)) {
-            status = exitNothingStarts;
-        }
+    if (status != exitReplaced && !startAgain(arguments, patience)) {
+        status = exitNothingStarts;
     }
     // Also after a failure: nothing of it is ever used again.
     if (!ca::system::isLink(arguments.work)) {

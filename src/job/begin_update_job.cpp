@@ -1,5 +1,6 @@
 #include "job/begin_update_job.h"
 
+#include "job/self_update.h"
 #include "job/update_job.h"
 
 #include <exception>
@@ -46,8 +47,10 @@ void beginUpdateJob(Shared& shared, const std::filesystem::path& installDir,
     if (!claimJob(shared, repair)) {
         return;
     }
+    // Before the thread begins, which reads the environment too.
+    const bool handoverFailed = takeHandoverFailed();
     try {
-        startDetached(UpdateJob{&shared, installDir, channel, repair, elevated});
+        startDetached(UpdateJob{&shared, installDir, channel, repair, elevated, handoverFailed});
     } catch (const std::exception&) { // no thread, or no memory for one
         changeShared(shared, [](SharedSnapshot& state) {
             state.busy = false; // first, because the texts may find no memory

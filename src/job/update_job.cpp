@@ -128,7 +128,10 @@ update::ProgressCallback reportTo(Shared& shared) {
 // A new launcher waits in the stage folder; the update helper puts it in place once this process
 // has ended.
 void handOverToHelper(const UpdateJob& job, const std::filesystem::path& stagedLauncher) {
-    const bool started = startUpdateHelper(job.installDir / install::helperFileName, stagedLauncher,
+    // After a helper that gave up, the job that follows by itself starts no other: the two would
+    // start each other without end. A player who asks again gets another try.
+    const bool started = !job.handoverFailed &&
+                         startUpdateHelper(job.installDir / install::helperFileName, stagedLauncher,
                                            job.installDir / install::launcherFileName);
     if (!started) {
         finish(*job.shared, JobState::Failed, "LAUNCHER SELF-UPDATE FAILED",

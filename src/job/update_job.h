@@ -16,6 +16,7 @@ struct UpdateJob {
     std::string channel;
     bool repair;
     bool elevated;
+    bool handoverFailed; // the update helper has just given up: this job hands over no launcher
 };
 
 // The body of the job's thread; beginUpdateJob has set `busy`. It tries nothing twice, looks at no

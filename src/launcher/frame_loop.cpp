@@ -66,6 +66,8 @@ bool drainEvents(const LauncherState& launcher) {
     bool played = false;
     SDL_Event event{};
     while (SDL_PollEvent(&event)) {
+        // A click's place in the drawing, whatever the window's size is.
+        SDL_ConvertEventToRenderCoordinates(launcher.renderer, &event);
         if (event.type == SDL_EVENT_QUIT) {
             running = false;
         } else if (played) {

@@ -1,6 +1,7 @@
 #include "launcher/screen.h"
 
 #include "install/version_marker.h"
+#include "launcher/frame_canvas.h"
 #include "launcher/layout.h"
 #include "launcher/notes.h"
 
@@ -127,6 +128,7 @@ void drawText(SDL_Renderer* renderer, float x, float y, std::string_view text, f
 void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir,
                 const job::SharedSnapshot& snapshot, const std::string& localPatchNotes) {
     const std::string version = install::readInstalledVersion(installDir);
+    FrameCanvas canvas(renderer);
     drawBackground(renderer);
     drawNotes(renderer, version, chooseNotesText(snapshot, localPatchNotes));
     drawStatus(renderer, snapshot, version);
@@ -134,7 +136,7 @@ void drawScreen(SDL_Renderer* renderer, const std::filesystem::path& installDir,
     drawButtons(renderer, snapshot);
     drawText(renderer, 720, 594, "ENTER = PLAY // LAUNCHER v" + std::string(launcherVersion), 0.72f,
              137, 163, 159);
-    SDL_RenderPresent(renderer);
+    canvas.present();
 }
 
 } // namespace ca::launcher

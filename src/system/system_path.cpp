@@ -22,8 +22,11 @@ bool isOnDrive(const std::wstring& path) {
 
 SystemPath::SystemPath(const std::wstring& path) : text_(path) {
     if (text_.size() > longestPlainPath && isOnDrive(text_)) {
-        std::replace(text_.begin(), text_.end(), L'/', L'\\');
         text_.insert(0, unlimitedPrefix);
+    }
+    // Some shells start programs by a path that has the prefix already.
+    if (text_.starts_with(unlimitedPrefix)) {
+        std::replace(text_.begin(), text_.end(), L'/', L'\\');
     }
 }
 

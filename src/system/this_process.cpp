@@ -1,22 +1,14 @@
 #include "system/this_process.h"
 
+#include "system/executable_name.h"
 #include "system/path.h"
 
-#include <vector>
 #include <windows.h>
 
 namespace ca::system {
 
 std::filesystem::path executableFile() {
-    // The longest path that Windows knows has 32,767 characters; a result of the buffer's size
-    // means that it was cut.
-    std::vector<wchar_t> buffer(32768);
-    const DWORD size = static_cast<DWORD>(buffer.size());
-    const DWORD length = ::GetModuleFileNameW(nullptr, buffer.data(), size);
-    if (length == 0 || length >= size) {
-        return {};
-    }
-    return pathFromWide(std::wstring(buffer.data(), length));
+    return pathFromWide(executableName());
 }
 
 std::wstring environmentValue(const wchar_t* name) {

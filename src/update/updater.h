@@ -57,8 +57,8 @@ public:
     // A new launcher stays in the stage folder, since a running program can't be replaced by
     // itself: `stagedLauncher`, if not null, then names it, and is empty otherwise. `progress` may
     // be empty and is called during the downloads alone. False: `error` holds a token of
-    // downloadToFile, "update_downgrade_blocked:" and the plan's version, "update_workdir_failed" (also
-    // while another launcher installs, and when one has begun to since the check),
+    // downloadToFile, "update_downgrade_blocked:" and the plan's version, "update_workdir_failed"
+    // (also while another launcher installs, and when one has begun to since the check),
     // "version_marker_write_failed", or one of these and the manifest's path:
     // "update_duplicate_path:", "download_hash_mismatch:", "update_destination_failed:",
     // "update_backup_failed:", "update_install_failed:".

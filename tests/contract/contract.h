@@ -24,21 +24,8 @@ using namespace install;
 using namespace system;
 
 // The program that the tests start; what it does stands in contract_child.cpp.
-inline std::filesystem::path childProgram() {
+inline fs::path childProgram() {
     return executableDir() / "contract_child.exe";
-}
-
-// 0 or the last error; `process` gets the number and a handle of what was started.
-inline DWORD start(const std::filesystem::path& program, std::wstring line,
-                   const std::filesystem::path& folder, PROCESS_INFORMATION& process) {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
-    if (!::CreateProcessW(wideFromPath(program).c_str(), line.data(), nullptr, nullptr, FALSE,
-                          CREATE_NO_WINDOW, nullptr, wideFromPath(folder).c_str(), &startup,
-                          &process)) {
-        return ::GetLastError();
-    }
-    return ::CloseHandle(process.hThread) ? 0 : 1;
 }
 
 // A call's success, or its error.

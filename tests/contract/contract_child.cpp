@@ -2,7 +2,6 @@
 //
 //   contract_child report FILE [ARGUMENT]...
 //                              writes its folder, its own path and the arguments to FILE
-//   contract_child wait FILE   the same, then ends when the file is gone
 //   contract_child leave URL MICROSECONDS
 //                              returns from main while its other thread downloads
 #include "contract.h"
@@ -27,15 +26,11 @@ int main(int argc, char** argv) {
         }
         return 0;
     }
-    std::string text =
-        utf8FromPath(std::filesystem::current_path()) + "\n" + utf8FromPath(executableDir());
+    std::string text = utf8FromPath(fs::current_path()) + "\n" + utf8FromPath(executableDir());
     for (std::size_t i = 2; i < arguments.size(); ++i) {
         text += "\n" + arguments[i];
     }
     // whole at once, for whoever waits for it
-    const auto file = std::filesystem::absolute(arguments.at(1));
-    std::filesystem::rename(writeFile(file.parent_path() / "draft", text), file);
-    return arguments[0] == "report" || eventually([&] { return !std::filesystem::exists(file); })
-               ? 0
-               : 1;
+    const auto file = fs::absolute(arguments.at(1));
+    fs::rename(writeFile(file.parent_path() / "draft", text), file);
 }

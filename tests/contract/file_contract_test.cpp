@@ -2,7 +2,7 @@
 
 using namespace ca::test;
 
-static HANDLE open(const std::filesystem::path& path, DWORD access, DWORD disposition,
+static HANDLE open(const fs::path& path, DWORD access, DWORD disposition,
                    DWORD flags = FILE_ATTRIBUTE_NORMAL) {
     return ::CreateFileW(wideFromPath(path).c_str(), access, FILE_SHARE_READ, nullptr, disposition,
                          flags, nullptr);
@@ -13,20 +13,17 @@ static constexpr DWORD reading = GENERIC_READ, writing = GENERIC_WRITE;
 TEST(Files, OpenByTheirDisposition) {
     const TemporaryFolder folder;
     writeFile(folder / "old", "old");
-    std::filesystem::create_directory(folder / "sub");
+    fs::create_directory(folder / "sub");
     using Row = std::tuple<const char*, DWORD, DWORD, DWORD>;
     for (const auto& [name, access, disposition, error] :
          {Row("new", writing, CREATE_NEW, 0), Row("new", writing, CREATE_NEW, ERROR_FILE_EXISTS),
           Row("new", writing, CREATE_ALWAYS, ERROR_ALREADY_EXISTS),
           Row("new2", writing, CREATE_ALWAYS, 0), Row("old", reading, OPEN_EXISTING, 0),
           Row("no", reading, OPEN_EXISTING, ERROR_FILE_NOT_FOUND),
-          Row("no/x", reading, OPEN_EXISTING, ERROR_PATH_NOT_FOUND),
           Row("no/x", writing, CREATE_NEW, ERROR_PATH_NOT_FOUND),
-          Row("old/x", reading, OPEN_EXISTING, ERROR_PATH_NOT_FOUND),
           Row("sub", reading, OPEN_EXISTING, ERROR_ACCESS_DENIED),
           Row("sub", writing, CREATE_ALWAYS, ERROR_ACCESS_DENIED),
-          Row("sub", writing, CREATE_NEW, ERROR_FILE_EXISTS),
-          Row("old", reading, 9, ERROR_INVALID_PARAMETER)}) {
+          Row("sub", writing, CREATE_NEW, ERROR_FILE_EXISTS)}) {
         ::SetLastError(1);
         const HANDLE file = open(folder / name, access, disposition);
         EXPECT_EQ(::GetLastError(), error) << name << " " << disposition;
@@ -39,40 +36,36 @@ TEST(Files, AreReadAndWrittenAsTheirHandlesAllow) {
     const TemporaryFolder folder;
     const auto path = folder / u8"fé€", passing = folder / "test";
     char bytes[8] = "hello";
-    const auto write = [&](HANDLE file) {
+    // 1000 and the bytes that went through, or the error.
+    const auto through = [&](auto call, HANDLE file, DWORD size) {
         DWORD count = 0;
-        const DWORD error = result(::WriteFile(file, bytes, 5, &count, nullptr));
-        return error == 0 ? 1000 + count : error;
-    };
-    const auto read = [&](HANDLE file) {
-        DWORD count = 0;
-        const DWORD error = result(::ReadFile(file, bytes, 8, &count, nullptr));
+        const DWORD error = result(call(file, bytes, size, &count, nullptr));
         return error == 0 ? 1000 + count : error;
     };
     const HANDLE both = open(path, reading | writing, CREATE_NEW);
-    expectSteps({{"write", write(both), 1005},
+    expectSteps({{"write", through(::WriteFile, both, 5), 1005},
                  {"flush", result(::FlushFileBuffers(both)), 0},
-                 {"read at the end", read(both), 1000},
+                 {"read at the end", through(::ReadFile, both, 8), 1000},
                  {"close", result(::CloseHandle(both)), 0}});
     const HANDLE old = open(path, reading, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
-    expectSteps({{"read", read(old), 1005},
-                 {"write without the right", write(old), ERROR_ACCESS_DENIED},
+    expectSteps({{"read", through(::ReadFile, old, 8), 1005},
+                 {"write without the right", through(::WriteFile, old, 5), ERROR_ACCESS_DENIED},
                  {"flush without the right", result(::FlushFileBuffers(old)), ERROR_ACCESS_DENIED},
                  {"close", result(::CloseHandle(old)), 0},
                  {"close nothing", result(::CloseHandle(nullptr)), ERROR_INVALID_HANDLE}});
     EXPECT_EQ(readFile(path), "hello");
     const HANDLE test =
         open(passing, writing, CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
-    expectSteps({{"there", std::filesystem::exists(passing), true},
+    expectSteps({{"there", fs::exists(passing), true},
                  {"close", result(::CloseHandle(test)), 0},
-                 {"gone", std::filesystem::exists(passing), false}});
+                 {"gone", fs::exists(passing), false}});
 }
 
 TEST(Files, MoveInOneStep) {
     const TemporaryFolder folder;
     writeFile(folder / "a", "a");
     writeFile(folder / "sub" / "b", "b");
-    std::filesystem::create_directories(folder / "empty");
+    fs::create_directories(folder / "empty");
     constexpr DWORD over = MOVEFILE_REPLACE_EXISTING;
     using Row = std::tuple<const char*, const char*, DWORD, DWORD>;
     for (const auto& [from, to, flags, error] :

@@ -1,5 +1,5 @@
-// What the update helper asks of the system: names, copies, links, folders, and the
-// process that it waits for.
+// What the update helper asks of the system: names, copies, links and folders. How it waits for a
+// process is tested in tests/helper.
 #include "contract.h"
 
 #include <shellapi.h>
@@ -58,7 +58,7 @@ TEST(Folders, AreMadeCopiedLinkedAndRemoved) {
 TEST(Folders, AreListedAndPathsMadeWhole) {
     const TemporaryFolder folder;
     writeFile(folder / u8"fé€", "");
-    std::filesystem::create_directory(folder / "sub");
+    fs::create_directory(folder / "sub");
     WIN32_FIND_DATAW entry{};
     std::vector<std::wstring> names;
     const HANDLE search = ::FindFirstFileW((wideFromPath(folder.path()) + L"/*").c_str(), &entry);
@@ -86,7 +86,7 @@ TEST(Folders, AreListedAndPathsMadeWhole) {
 
 TEST(Programs, AreTold) {
     const TemporaryFolder folder;
-    const auto kindOf = [&](const std::filesystem::path& file) {
+    const auto kindOf = [&](const fs::path& file) {
         DWORD kind = 99;
         ::SetLastError(0);
         return ::GetBinaryTypeW(wideFromPath(file).c_str(), &kind) ? kind : 1000 + ::GetLastError();
@@ -105,28 +105,4 @@ TEST(Programs, AreTold) {
               (std::vector<std::wstring>{LR"(C:\a b\x.exe)", L"--pid", L"7", L"", LR"(x\)",
                                          LR"(a\\b)", L"c\"d", L"é"}));
     EXPECT_EQ(::LocalFree(words), nullptr);
-}
-
-TEST(Programs, AreWaitedFor) {
-    constexpr DWORD rights = SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION;
-    EXPECT_EQ(::OpenProcess(rights, FALSE, 4194304), nullptr);
-    EXPECT_EQ(::GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    const TemporaryFolder folder;
-    const std::wstring line = L"x wait \"" + wideFromPath(folder / "out") + L"\"";
-    PROCESS_INFORMATION child{};
-    ASSERT_EQ(start(childProgram(), line, folder.path(), child), 0U);
-    const HANDLE process = ::OpenProcess(rights, FALSE, child.dwProcessId);
-    EXPECT_TRUE(eventually([&] { return std::filesystem::exists(folder / "out"); }));
-    EXPECT_EQ(::WaitForSingleObject(process, 10), DWORD{WAIT_TIMEOUT});
-    const auto begun = [](HANDLE which) {
-        FILETIME created{}, unused{};
-        EXPECT_TRUE(::GetProcessTimes(which, &created, &unused, &unused, &unused));
-        return std::uint64_t{created.dwHighDateTime} << 32 | created.dwLowDateTime;
-    };
-    EXPECT_LE(begun(::GetCurrentProcess()), begun(process)) << "which the other one started";
-    std::filesystem::remove(folder / "out"); // and the child ends
-    EXPECT_EQ(::WaitForSingleObject(process, 20'000), DWORD{WAIT_OBJECT_0});
-    EXPECT_EQ(::WaitForSingleObject(process, 0), DWORD{WAIT_OBJECT_0}) << "it stays ended";
-    EXPECT_TRUE(::CloseHandle(process));
-    EXPECT_TRUE(::CloseHandle(child.hProcess));
 }

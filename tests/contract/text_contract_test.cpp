@@ -37,7 +37,7 @@ TEST(Module, KnowsItsPathOrAsMuchAsFits) {
     wchar_t whole[4096];
     const DWORD length = ::GetModuleFileNameW(nullptr, whole, 4096);
     EXPECT_EQ(::GetLastError(), DWORD{ERROR_SUCCESS});
-    EXPECT_TRUE(std::filesystem::exists(pathFromWide({whole, length})));
+    EXPECT_TRUE(fs::exists(pathFromWide({whole, length})));
     for (const DWORD size : {DWORD{1}, DWORD{5}, length}) {
         wchar_t cut[4096] = {};
         EXPECT_EQ(::GetModuleFileNameW(nullptr, cut, size), size);

@@ -1,5 +1,5 @@
 // The player's files, where the environment, the disk and the rights to it differ.
-#include "demo/process.h"
+#include "shared/process.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
@@ -28,7 +28,7 @@ struct Player {
             words.insert(words.begin(),
                          {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
         }
-        EXPECT_EQ(ca::demo::Process(words).wait(std::chrono::seconds(20)), 0);
+        EXPECT_EQ(ca::kit::Process(words).wait(std::chrono::seconds(20)), 0);
     }
 
     TemporaryFolder folder;
@@ -48,7 +48,6 @@ TEST(UserData, GoesWhereTheEnvironmentSays) {
           Row("", "-", s.game / "userdata")}) {
         s.run(local, roaming);
         EXPECT_EQ(readFile(place / "saves/profile_v07.sav"), "ashore") << place;
-        EXPECT_EQ(readFile(place / "saves/settings_v01.cfg"), "volume 3\n") << place;
     }
 }
 

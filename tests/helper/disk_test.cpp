@@ -25,7 +25,9 @@ TEST(HelperCalls, RetryWhatPassesAndNothingElse) {
         EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", injection)), status);
         i.expectStarted(status == 0 ? "new" : "old");
         EXPECT_EQ(!fs::exists(i.stage), tidy);
-        EXPECT_TRUE(status != 0 || readFile(i.backup / launcherName) == standIn("old"));
+        if (status == 0) {
+            EXPECT_TRUE(readFile(i.backup / launcherName) == standIn("old"));
+        }
     }
     const Installation i;
     Installation::breakProgram(i.staged);
@@ -61,9 +63,12 @@ TEST(HelperCalls, KeepAWholeLauncherWhereverItIsKilled) {
         const Installation i;
         EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", moment)), 128 + SIGKILL);
         const bool replaced = readFile(i.target) == standIn("new");
-        EXPECT_TRUE(replaced ||
-                    (readFile(i.target) == standIn("old") && readFile(i.staged) == standIn("new")));
-        EXPECT_TRUE(!replaced || readFile(i.backup / launcherName) == standIn("old"));
+        if (replaced) {
+            EXPECT_TRUE(readFile(i.backup / launcherName) == standIn("old"));
+        } else {
+            EXPECT_TRUE(readFile(i.target) == standIn("old"));
+            EXPECT_TRUE(readFile(i.staged) == standIn("new"));
+        }
         ++outcomes[replaced ? "new" : "old"];
         const int again = i.run(); // what was interrupted can be carried out a second time
         EXPECT_EQ(again, replaced ? 13 : 0);
@@ -99,7 +104,7 @@ TEST(HelperDisk, WaitsForWhoHoldsTheLauncherOpen) {
     }
     using Row = std::tuple<const char*, const char*, int>;
     for (const auto& [share, milliseconds, status] :
-         {Row("0", "2000", 0), Row("1", "600000", 16)}) {
+         {Row("0", "2000", 0), Row("1", "600000", 16), Row("5", "600000", 0)}) {
         const Installation i;
         Process holder(
             commandOf(builtProgram("hold_file.exe"),

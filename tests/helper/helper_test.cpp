@@ -45,7 +45,13 @@ TEST(Helper, RefusesEveryOtherCommandLine) {
     fs::rename(work, outside / "work"); // the work folder itself as a link
     fs::create_directory_symlink(outside / "work", work);
     EXPECT_EQ(i.run(), 12);
-    EXPECT_TRUE(fs::is_symlink(work) && readFile(i.target) == standIn("old"));
+    EXPECT_TRUE(fs::is_symlink(work));
+    EXPECT_TRUE(readFile(i.target) == standIn("old"));
+    // A helper in the installation leaves nobody without a launcher.
+    const fs::path own = i.game / "ColdAnchorUpdateHelper.exe";
+    fs::copy_file(builtProgram(own.filename()), own);
+    EXPECT_EQ(Process(commandOf(own, i.arguments())).wait(std::chrono::seconds(90)), 12);
+    i.expectStarted("old");
 }
 
 TEST(Helper, ReplacesStartsAndTidiesUp) {

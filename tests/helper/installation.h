@@ -3,14 +3,13 @@
 // their last bytes alone.
 #pragma once
 
-#include "demo/process.h"
+#include "shared/process.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
 namespace ca::test {
 
-namespace fs = std::filesystem;
-using demo::Process;
+using kit::Process;
 
 inline const std::string noProcess = "4194304"; // beyond the numbers that Linux and Wine give out
 inline const std::string launcherName = "ColdAnchorLauncher.exe";
@@ -43,7 +42,7 @@ struct Installation {
                                    std::vector<std::string> command = {}) const {
         const auto helper = commandOf(builtProgram("ColdAnchorUpdateHelper.exe"), words);
         command.insert(command.end(), helper.begin(), helper.end());
-        demo::ProcessOptions options;
+        kit::ProcessOptions options;
         options.environment = {"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
         return std::make_unique<Process>(command, options);
     }

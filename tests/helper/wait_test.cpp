@@ -25,13 +25,10 @@ TEST(HelperWait, TouchesNothingBeforeNorThroughALinkPutThereMeanwhile) {
         const auto helper = i.begin(words);
         const fs::path open = "/proc/" + std::to_string(helper->id()) + "/fd";
         EXPECT_TRUE(eventually([&] {
-            std::error_code ignored;
-            for (const fs::directory_entry& entry : fs::directory_iterator(open, ignored)) {
-                if (fs::read_symlink(entry.path(), ignored) == "anon_inode:[pidfd]") {
-                    return true;
-                }
-            }
-            return false;
+            const Contents files = contentsOf(open);
+            return std::any_of(files.begin(), files.end(), [](const auto& file) {
+                return file.second == "anon_inode:[pidfd]";
+            });
         }));
         EXPECT_EQ(differing(i.contents(), before), Paths());
         EXPECT_FALSE(helper->wait(std::chrono::milliseconds(0)));

@@ -4,14 +4,12 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <iomanip>
 #include <set>
 #include <sstream>
 #include <sys/mount.h>
 
 using namespace ca::test;
 using enum ca::job::JobState;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -43,7 +41,7 @@ int run(const fs::path& program, const std::string& options) {
     std::istringstream words(options);
     const auto command = commandOf(program, {std::istream_iterator<std::string>(words), {}});
     display::open();
-    return ca::demo::Process(command).wait(std::chrono::seconds(60)).value_or(-1);
+    return ca::kit::Process(command).wait(std::chrono::seconds(60)).value_or(-1);
 }
 
 fs::path setupProgram() {
@@ -129,21 +127,18 @@ TEST(Setup, LeadsToTheGameAndBack) {
 }
 
 TEST(Setup, TakesTheUsualFoldersAndTheStartMenu) {
-    struct Row {
-        const char *options, *folder, *menu;
-    };
-    for (const auto& row : std::initializer_list<Row>{
-             {"/S", "AppData/Local/Programs/Cold Anchor", menuEntry},
-             {"/S /ALLUSERS", "Program Files/Cold Anchor",
-              "ProgramData/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"}}) {
-        SCOPED_TRACE(row.options);
-        EXPECT_EQ(run(setupProgram(), row.options), 0);
-        const fs::path folder = onDriveC(row.folder);
+    for (const auto& [options, place, menu] :
+         {std::tuple("/S", "AppData/Local/Programs/Cold Anchor", menuEntry),
+          {"/S /ALLUSERS", "Program Files/Cold Anchor",
+           "ProgramData/Microsoft/Windows/Start Menu/Programs/Cold Anchor.lnk"}}) {
+        SCOPED_TRACE(options);
+        EXPECT_EQ(run(setupProgram(), options), 0);
+        const fs::path folder = onDriveC(place);
         ASSERT_FALSE(folder.empty());
         EXPECT_EQ(filesBelow(folder), installed);
-        EXPECT_NE(onDriveC(row.menu), "");
+        EXPECT_NE(onDriveC(menu), "");
         uninstall(folder, {});
-        EXPECT_TRUE(eventually([&] { return onDriveC(row.menu).empty(); }));
+        EXPECT_TRUE(eventually([&, name = menu] { return onDriveC(name).empty(); }));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "program/display.h"
 
-#include "demo/process.h"
+#include "shared/process.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
@@ -15,15 +15,15 @@ namespace ca::test::display {
 
 namespace {
 
-std::unique_ptr<demo::Process> server, manager;
+std::unique_ptr<kit::Process> server, manager;
 _XDisplay* connection = nullptr;
 unsigned long window = 0;
 
 int xdotool(std::vector<std::string> arguments, const std::filesystem::path& output = {}) {
-    demo::ProcessOptions options;
+    kit::ProcessOptions options;
     options.output = output;
     arguments.insert(arguments.begin(), "xdotool");
-    return demo::Process(arguments, options).wait(std::chrono::seconds(20)).value();
+    return kit::Process(arguments, options).wait(std::chrono::seconds(20)).value();
 }
 
 } // namespace
@@ -33,12 +33,12 @@ void open() {
         return;
     }
     int ends[2]{};
-    demo::ProcessOptions options;
+    kit::ProcessOptions options;
     options.inheritedFile = ::pipe2(ends, O_CLOEXEC) == 0 ? ends[1] : -1;
     options.output = "/dev/null";
     const std::vector<std::string> command{"Xvfb", "-displayfd", std::to_string(ends[1]),
                                            "-nolisten", "tcp"};
-    server = std::make_unique<demo::Process>(command, options);
+    server = std::make_unique<kit::Process>(command, options);
     ::close(ends[1]);
     std::string number = ":"; // a free one; the server tells it when it is ready
     for (char c = 0; ::read(ends[0], &c, 1) == 1 && c != '\n';) {
@@ -53,10 +53,10 @@ void open() {
     XSetErrorHandler([](_XDisplay*, XErrorEvent*) { return 0; }); // a window may go at any time
     // Wine waits two seconds for the manager's word on each window that goes. Screens in
     // memory have this font alone.
-    manager = std::make_unique<demo::Process>(std::vector<std::string>{"evilwm", "-fn", "fixed"});
+    manager = std::make_unique<kit::Process>(std::vector<std::string>{"evilwm", "-fn", "fixed"});
     // whose desktop may still be that of an earlier test's server, which is gone
     if (!programRunner().empty()) {
-        demo::Process({programRunner()[0], "--stop"}).wait(std::chrono::seconds(60));
+        kit::Process({programRunner()[0], "--stop"}).wait(std::chrono::seconds(60));
     }
 }
 

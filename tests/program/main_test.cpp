@@ -21,6 +21,11 @@ static std::string calls, failing;   // every call's name and details; the name 
 static std::deque<SDL_Event> events; // for the first frame; the second one gets a quit event
 static job::SharedSnapshot writtenByJob; // at once when it begins
 
+static float displayScale = 1;
+static SDL_Rect displayRoom{0, 0, 1920, 1080};
+static SDL_Point windowSize;
+static SDL_EventFilter eventWatch;
+
 static bool call(const std::string& name, const std::string& details = {}) {
     calls += name + (details.empty() ? "" : " " + details) + "\n";
     return name != failing;
@@ -33,10 +38,56 @@ bool SDL_Init(SDL_InitFlags flags) {
 SDL_Window* SDL_CreateWindow(const char* title, int width, int height, SDL_WindowFlags flags) {
     std::ostringstream details;
     details << title << ' ' << width << ' ' << height << ' ' << flags;
+    windowSize = {width, height};
     return call("CreateWindow", details.str()) ? reinterpret_cast<SDL_Window*>(&events) : nullptr;
 }
 SDL_Renderer* SDL_CreateRenderer(SDL_Window*, const char*) {
     return call("CreateRenderer") ? reinterpret_cast<SDL_Renderer*>(&events) : nullptr;
+}
+bool SDL_SetRenderLogicalPresentation(SDL_Renderer*, int width, int height,
+                                      SDL_RendererLogicalPresentation mode) {
+    return call("Present",
+                std::to_string(width) + " " + std::to_string(height) + " " + std::to_string(mode));
+}
+SDL_DisplayID SDL_GetDisplayForWindow(SDL_Window*) {
+    return 1;
+}
+bool SDL_GetDisplayUsableBounds(SDL_DisplayID, SDL_Rect* bounds) {
+    *bounds = displayRoom;
+    return true;
+}
+bool SDL_GetWindowBordersSize(SDL_Window*, int* top, int*, int*, int*) {
+    *top = 30;
+    return true;
+}
+float SDL_GetWindowDisplayScale(SDL_Window*) {
+    return displayScale;
+}
+bool SDL_GetWindowSize(SDL_Window*, int* width, int* height) {
+    *width = windowSize.x;
+    *height = windowSize.y;
+    return true;
+}
+bool SDL_SetWindowSize(SDL_Window*, int width, int height) {
+    windowSize = {width, height};
+    return call("Resize", std::to_string(width) + " " + std::to_string(height));
+}
+bool SDL_SetWindowPosition(SDL_Window*, int, int) {
+    return call("Centre");
+}
+bool SDL_AddEventWatch(SDL_EventFilter filter, void*) {
+    eventWatch = filter;
+    return true;
+}
+void SDL_RemoveEventWatch(SDL_EventFilter filter, void*) {
+    EXPECT_TRUE(filter == eventWatch);
+}
+bool SDL_ConvertEventToRenderCoordinates(SDL_Renderer*, SDL_Event* event) {
+    if (event->type == SDL_EVENT_MOUSE_BUTTON_DOWN) {
+        event->button.x /= displayScale;
+        event->button.y /= displayScale;
+    }
+    return true;
 }
 bool SDL_SetRenderVSync(SDL_Renderer*, int interval) {
     return call("SetRenderVSync", std::to_string(interval));
@@ -130,7 +181,8 @@ TEST(Main, TakesItsStepsInOrder) {
                       window = init + "CreateWindow Cold Anchor Launcher 1040 640 0\n",
                       renderer = window + "CreateRenderer\n",
                       image = install::iconFile(install::executableDir()).string(),
-                      load = renderer + "SetRenderVSync 1\nLoad " + image + "\n",
+                      load =
+                          renderer + "SetRenderVSync 1\nPresent 1040 640 2\nLoad " + image + "\n",
                       icon = load + "SetWindowIcon\nDestroySurface\n",
                       rest = "migrate\ncheck stable\nreadNotes\n"
                              "draw 0 STARTING..., , notes\ndraw 0 STARTING..., , notes\n"
@@ -156,6 +208,34 @@ TEST(Main, KnowsOneOption) {
     }
 }
 
+TEST(Main, FitsTheWindowToItsDisplay) {
+    struct Row {
+        float scale;
+        SDL_Rect room;
+        std::string opened;
+        std::string moved; // then to a display with twice the scale
+    };
+    const SDL_Rect large{0, 0, 3840, 2160}, usual{0, 0, 1920, 1080}, small{0, 0, 1024, 600};
+    failing.clear();
+    for (const Row& row : {Row{1, large, "", "Resize 2080 1280\n"}, Row{0.5F, large, "", ""},
+                           Row{1.25F, large, "Resize 1300 800\nCentre\n", "Resize 2600 1600\n"},
+                           Row{1.5F, usual, "Resize 1560 960\nCentre\n", "Resize 1706 1050\n"},
+                           Row{1.5F, small, "", ""}}) {
+        SCOPED_TRACE(row.scale);
+        displayScale = row.scale;
+        displayRoom = row.room;
+        EXPECT_NE(run({"launcher"}, 0).find("Present 1040 640 2\n" + row.opened + "Load"),
+                  std::string::npos);
+        displayScale *= 2;
+        calls.clear();
+        SDL_Event moved{SDL_EVENT_WINDOW_DISPLAY_SCALE_CHANGED};
+        eventWatch(nullptr, &moved);
+        EXPECT_EQ(calls, row.moved);
+    }
+    displayScale = 1;
+    displayRoom = usual;
+}
+
 TEST(FrameLoop, HandlesEveryEventAndDrawsOnceMore) {
     job::SharedSnapshot ready, busy, required, leaving;
     ready.statusText = "ready";
@@ -178,6 +258,7 @@ TEST(FrameLoop, HandlesEveryEventAndDrawsOnceMore) {
         std::deque<SDL_Event> events;
         std::string expected;
         const char* failing = "";
+        float scale = 1; // of the display
     };
     for (const Row& row : std::initializer_list<Row>{
              // the edges of the buttons, and beside them
@@ -187,6 +268,7 @@ TEST(FrameLoop, HandlesEveryEventAndDrawsOnceMore) {
              {ready, {click(846, 494)}, repair + working + working},
              {ready, {click(854, 452)}, check + working + working},
              {ready, {click(980, 494)}, check + working + working},
+             {ready, {click(1960, 988)}, check + working + working, "", 2},
              {ready,
               {click(719, 540), click(981, 540), click(850, 514), click(850, 578), click(719, 470),
                click(847, 470), click(853, 470), click(981, 470), click(780, 451), click(920, 495),
@@ -208,6 +290,7 @@ TEST(FrameLoop, HandlesEveryEventAndDrawsOnceMore) {
              {ready, {onPlay}, missing + missing, "file"}}) {
         SCOPED_TRACE(row.expected);
         failing = row.failing;
+        displayScale = row.scale;
         std::filesystem::remove(game);
         if (failing != "file") {
             test::writeFile(game, {});

@@ -82,8 +82,8 @@ void Scenario::makeCurrent() const {
 
 void Scenario::serve(const std::string& directives, const fs::path& certificate) {
     server.reset();
-    server = std::make_unique<demo::Nginx>(
-        folder / "nginx", demo::NginxOptions{folder / "channel", 0, directives, certificate});
+    server = std::make_unique<kit::Nginx>(
+        folder / "nginx", kit::NginxOptions{folder / "channel", 0, directives, certificate});
     writeFile(data / "update_server.txt", " " + server->url() + "\r\n");
 }
 
@@ -92,13 +92,13 @@ void Scenario::begin(Road road) {
         return display::click(road == refresh ? 920 : 780, 470);
     }
     remember();
-    demo::ProcessOptions options;
+    kit::ProcessOptions options;
     options.workingFolder = folder.path();
     options.output = folder / "output";
     options.environment = environment;
     std::vector<std::string> words = commandOf(installation / "ColdAnchorLauncher.exe");
     words.insert(words.begin(), wrapper.begin(), wrapper.end());
-    launcher = std::make_unique<demo::Process>(words, options);
+    launcher = std::make_unique<kit::Process>(words, options);
     EXPECT_TRUE(display::waitForWindow()) << readFile(folder / "output");
 }
 

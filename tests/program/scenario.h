@@ -3,10 +3,10 @@
 // vanish with the scenario.
 #pragma once
 
-#include "demo/channel.h"
-#include "demo/nginx.h"
 #include "job/shared.h"
 #include "program/display.h"
+#include "shared/channel.h"
+#include "shared/nginx.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
@@ -32,7 +32,7 @@ struct Scenario {
 
     void makeOld() const;     // puts the installation into that state
     void makeCurrent() const; // makes it equal to what the channel offers
-    void publish() const { demo::publish(tree, folder / "channel", release, privateKey); }
+    void publish() const { kit::makeLive(tree, folder / "channel", release, privateKey); }
     // By a new server in place of the old one; with a certificate by https.
     void serve(const std::string& directives = {}, const fs::path& certificate = {});
 
@@ -62,11 +62,11 @@ struct Scenario {
     fs::path tree = folder / "tree";
     fs::path channel = folder / "channel/stable/windows";
     fs::path privateKey = testedBuild() / "dev_key/update_private_key.pem";
-    demo::Release release;
-    std::unique_ptr<demo::Nginx> server;
+    kit::Release release;
+    std::unique_ptr<kit::Nginx> server;
     std::vector<std::string> wrapper;     // what the launcher is started through
     std::vector<std::string> environment; // of the launcher
-    std::unique_ptr<demo::Process> launcher;
+    std::unique_ptr<kit::Process> launcher;
     Contents before;
 
 private:

@@ -58,7 +58,7 @@ TEST(Update, ComesBySecureConnectionsAlone) {
         openssl x509 -in known.pem -outform der -out known.der)");
     s.environment.push_back("SSL_CERT_FILE=" + (s.folder / "known.pem").string());
     if (!programRunner().empty()) {
-        ca::demo::Process trust(
+        ca::kit::Process trust(
             commandOf(builtProgram("trust.exe"), {shownPath(s.folder / "known.der")}));
         EXPECT_EQ(trust.wait(std::chrono::seconds(20)), 0);
     }
@@ -102,21 +102,5 @@ TEST(Update, ShowsItsSteps) {
                    "1 FILES REQUIRE UPDATE"));
         s.see(updated());
     }
-    s.play();
-}
-
-TEST(Update, LeavesANewerInstallationAlone) {
-    Scenario s;
-    s.release.mandatory = true;
-    s.publish();
-    writeFile(s.data / "game_version", "2.0\r\n");
-    const auto blocked =
-        look(Ready, "READY TO PLAY", "INSTALLED 2.0 // SERVER 1.4.2 // DOWNGRADE BLOCKED");
-    s.begin(start);
-    s.see(blocked);
-    s.begin(repair);
-    EXPECT_TRUE(eventually([&] { return s.requests().size() == 4; }));
-    s.see(blocked);
-    EXPECT_EQ(s.changes(), Paths());
     s.play();
 }

@@ -1,19 +1,19 @@
 // A channel that is wrong in one way at a time.
-#include "demo/nginx.h"
-#include "publish/manifest_text.h"
 #include "publish/studio.h"
+#include "publisher/release/manifest_text.h"
+#include "shared/nginx.h"
 
 #include <functional>
 
 using namespace ca::test;
-namespace publish = ca::publish;
+namespace publisher = ca::publisher;
 
 namespace {
 
 // A line for each finding of this kind.
-std::string findingsOf(const publish::CheckResult& result, bool isProblem) {
+std::string findingsOf(const publisher::CheckResult& result, bool isProblem) {
     std::string text;
-    for (const publish::Finding& finding : result.findings) {
+    for (const publisher::Finding& finding : result.findings) {
         if (finding.isProblem == isProblem) {
             text += finding.where + " " + finding.what + "\n";
         }
@@ -54,26 +54,26 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
         ASSERT_EQ(s.release(), "released");
         if (row.change) {
             row.change(s.result.manifest);
-            const std::string text = publish::manifestText(s.result.manifest);
+            const std::string text = publisher::manifestText(s.result.manifest);
             writeFile(s.live / "manifest.json", text);
             writeFile(s.live / "manifest.sig",
-                      publish::PrivateKey(s.order.privateKey, {}).sign(text));
+                      publisher::PrivateKey(s.options.privateKey, {}).sign(text));
         } else {
             fs::remove(s.live / row.file);
             row.bytes != nullptr ? void(writeFile(s.live / row.file, row.bytes)) : void();
         }
-        const publish::CheckResult result = s.check();
+        const publisher::CheckResult result = s.check();
         const std::string findings = findingsOf(result, row.isProblem);
         EXPECT_NE(findings.find(row.what), findings.npos) << row.what << "\n" << findings;
         // no key
-        for (const publish::CheckResult& each :
-             {result, publish::checkChannel({s.root, "stable", {}, 2})}) {
+        for (const publisher::CheckResult& each :
+             {result, publisher::checkChannel({s.root, "stable", {}, 2})}) {
             EXPECT_EQ(each.good(), !row.isProblem) << row.what;
         }
     }
 }
 
-TEST(Check, FindsWhatAServerDoesToAnswers) {
+TEST(Check, FindsWhatAServerDoesToResponses) {
     Studio studio;
     ASSERT_EQ(studio.release(), "released");
     struct Row {
@@ -98,8 +98,8 @@ TEST(Check, FindsWhatAServerDoesToAnswers) {
              Row{fresh + "location ~ sig$ { return 301 ftp://x/; }", true, "can't be fetched", 1},
          }) {
         SCOPED_TRACE(row.directives);
-        const ca::demo::Nginx server(studio.folder / "nginx", {studio.root, 0, row.directives});
-        const publish::CheckResult result = studio.check(server.url() + "/");
+        const ca::kit::Nginx server(studio.folder / "nginx", {studio.root, 0, row.directives});
+        const publisher::CheckResult result = studio.check(server.url() + "/");
         const std::string findings = findingsOf(result, row.isProblem);
         EXPECT_EQ(result.findings.size(), row.findings) << findings;
         EXPECT_NE(findings.find(row.what), findings.npos) << findings;

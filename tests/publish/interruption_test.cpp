@@ -24,18 +24,18 @@ Lines underStrace(const fs::path& output, const std::string& injection) {
 // A channel whose live release is 1.4.2, and a tree that differs from it.
 struct Published : Studio {
     Published() {
-        order.keep = 0;
+        options.keep = 0;
         EXPECT_EQ(release(), "released");
         put("data/first.dat", "second");
         put("data/new.dat", std::string(300'000, '\0') + "new");
     }
     Lines words() const {
-        return {"release", tree, "--version", "1.4.3", "--key",  order.privateKey,
+        return {"release", tree, "--version", "1.4.3", "--key",  options.privateKey,
                 "--to",    root, "--keep",    "0",     "--jobs", "1"};
     }
     // Which release players get; fails the test unless it is whole.
     std::string offered() const {
-        const ca::publish::CheckResult seen = check();
+        const ca::publisher::CheckResult seen = check();
         EXPECT_TRUE(seen.findings.empty())
             << seen.findings.front().where << " " << seen.findings.front().what;
         return seen.manifest.version;
@@ -75,7 +75,7 @@ TEST(Interruption, LeavesAWholeReleaseAtEveryOperation) {
                   128 + SIGKILL)
             << p.output;
         ++outcomes[p.offered()];
-        p.order.version = "1.4.4"; // the next run finds its way, and sweeps up
+        p.options.version = "1.4.4"; // the next run finds its way, and sweeps up
         EXPECT_EQ(p.release(), "released");
         EXPECT_EQ(p.offered(), "1.4.4");
         for (const char* folder : {".releases/stable", "stable"}) {

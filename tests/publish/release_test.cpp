@@ -1,8 +1,8 @@
 // From a tree to a live release, as one process sees it.
-#include "demo/nginx.h"
-#include "publish/channel_folder.h"
-#include "publish/serve.h"
 #include "publish/studio.h"
+#include "publisher/release/channel_folder.h"
+#include "publisher/serve/serve.h"
+#include "shared/nginx.h"
 #include "update/digest.h"
 #include "update/key_fingerprint.h"
 #include "update/updater.h"
@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 
 using namespace ca::test;
-namespace publish = ca::publish;
+namespace publisher = ca::publisher;
 
 namespace {
 char pinned[65];
@@ -21,8 +21,8 @@ const std::string_view ca::update::keyFingerprint(pinned, 64);
 const fs::path& ca::test::keyFolder() {
     static const TemporaryFolder folder;
     if (pinned[0] == 0) {
-        publish::makeKeyPair(folder.path(), 2048, std::nullopt);
-        std::memcpy(pinned, publish::fingerprintOf(folder / publish::publicKeyName).data(), 64);
+        publisher::makeKeyPair(folder.path(), 2048, std::nullopt);
+        std::memcpy(pinned, publisher::fingerprintOf(folder / publisher::publicKeyName).data(), 64);
     }
     return folder.path();
 }
@@ -43,29 +43,30 @@ TEST(Release, IsWhatLaunchersInstall) {
         studio.put(path, bytes);
     }
     for (int c = 0; c < 0x80; ++c) {
-        studio.order.notes += static_cast<char>(c);
+        studio.options.notes += static_cast<char>(c);
     }
-    studio.order.notes += "\r\n\\\"\\u00e9 caf\u00E9";
-    studio.order.mandatory = true;
-    studio.order.threads = 3;
+    studio.options.notes += "\r\n\\\"\\u00e9 caf\u00E9";
+    studio.options.mandatory = true;
+    studio.options.threads = 3;
     ASSERT_EQ(studio.release(), "released");
 
-    const ca::demo::Nginx server(studio.folder / "nginx",
-                                 {studio.root, 0, std::string(publish::channelConfiguration)});
-    for (const publish::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
+    const ca::kit::Nginx server(studio.folder / "nginx",
+                                {studio.root, 0, std::string(publisher::channelConfiguration)});
+    for (const publisher::CheckResult& seen : {studio.check(), studio.check(server.url())}) {
         EXPECT_TRUE(seen.findings.empty())
             << seen.findings.front().where << seen.findings.front().what;
         EXPECT_EQ(seen.manifest.files.size(), files.size() + 4);
     }
     const fs::path game = studio.folder / "installation";
-    writeFile(game / "data/update_public_key.pem", readFile(keyFolder() / publish::publicKeyName));
+    writeFile(game / "data/update_public_key.pem",
+              readFile(keyFolder() / publisher::publicKeyName));
     ca::update::Updater updater(game);
     updater.serverUrl = server.url();
     ca::update::UpdatePlan plan;
     std::string error;
     fs::path launcher;
     ASSERT_TRUE(updater.check("stable", plan, error)) << error;
-    EXPECT_TRUE(plan.manifest.release_notes == studio.order.notes && plan.manifest.mandatory);
+    EXPECT_TRUE(plan.manifest.release_notes == studio.options.notes && plan.manifest.mandatory);
     ASSERT_TRUE(updater.apply(plan, {}, error, &launcher)) << error;
     for (const auto& [path, bytes] : files) {
         EXPECT_TRUE(readFile(game / path) == bytes) << path;
@@ -83,11 +84,11 @@ TEST(Release, IsTheSameForTheSameTreeAndForEverybodyToRead) {
     const fs::path deep = studio.folder / "deep";
     for (const unsigned threads : {1U, 8U}) {
         for (const bool linked : {false, true}) {
-            studio.order.root = deep / (std::to_string(threads) + (linked ? "linked/" : "/"));
-            studio.order.threads = threads;
-            studio.order.linked = linked;
+            studio.options.root = deep / (std::to_string(threads) + (linked ? "linked/" : "/"));
+            studio.options.threads = threads;
+            studio.options.linked = linked;
             EXPECT_EQ(studio.release(), "released");
-            const fs::path live = studio.order.root / "stable/windows";
+            const fs::path live = studio.options.root / "stable/windows";
             for (const char* text : {"manifest.json", "manifest.sig"}) {
                 EXPECT_EQ(readFile(live / text), readFile(studio.live / text));
             }
@@ -105,10 +106,10 @@ TEST(Release, IsTheSameForTheSameTreeAndForEverybodyToRead) {
 
 TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
     Studio studio;
-    studio.order.keep = 2;
-    studio.order.root = studio.folder / "./game/../channel/"; // the same place
+    studio.options.keep = 2;
+    studio.options.root = studio.folder / "./game/../channel/"; // the same place
     for (const char* version : {"1.4.2", "1.4.3", "1.4.10", "1.5"}) {
-        studio.order.version = version;
+        studio.options.version = version;
         studio.put("data/version.dat", version);
         const fs::path before = fs::exists(studio.live) ? fs::canonical(studio.live) : fs::path();
         ASSERT_EQ(studio.release(), "released");
@@ -125,7 +126,7 @@ TEST(Release, KeepsWhatDidNotChangeAndDropsWhatIsOld) {
     EXPECT_EQ(std::distance(fs::directory_iterator(releases), {}), 3);
     fs::remove(studio.tree / "data/version.dat");
     studio.put("Data/Version.dat/x", "below a file that players have");
-    studio.order.version = "1.6";
+    studio.options.version = "1.6";
     EXPECT_NE(studio.release().find("x needs a folder where players of 1.5 have a file"),
               std::string::npos);
 }
@@ -135,12 +136,12 @@ TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
     ASSERT_EQ(studio.release(), "released");
     const auto live = fs::canonical(studio.live);
     EXPECT_NE(studio.release().find("isn't newer than the live 1.4.2"), std::string::npos);
-    studio.order.version = "1.4.2-rc2"; // which launchers take for the same
+    studio.options.version = "1.4.2-rc2"; // which launchers take for the same
     EXPECT_NE(studio.release().find("--allow-older"), std::string::npos);
-    studio.order.version = "1.5";
-    studio.order.minimumOnlineVersion = "1.6";
-    studio.order.notes = "\xFF";
-    studio.order.channel = "../x";
+    studio.options.version = "1.5";
+    studio.options.minimumOnlineVersion = "1.6";
+    studio.options.notes = "\xFF";
+    studio.options.channel = "../x";
     for (const char* path : {"Data/FIRST.dat", "a", "A/b", "save/x", "b?"}) {
         studio.put(path, "x");
     }
@@ -154,7 +155,7 @@ TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
         EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
     }
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 8) << text;
-    studio.order.channel = "stable";
+    studio.options.channel = "stable";
     EXPECT_EQ(fs::canonical(studio.live), live);
     EXPECT_TRUE(studio.check().good());
     EXPECT_EQ(std::distance(fs::directory_iterator(studio.root / ".releases/stable"), {}), 1);
@@ -165,7 +166,7 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     fs::create_directories(studio.tree / "empty");
     studio.put("d" + std::string(200, 'x') + "/y", "");
     studio.put("data/update_server.txt", "https://a/");
-    studio.order.notes = "caf\u00E9";
+    studio.options.notes = "caf\u00E9";
     ASSERT_EQ(studio.release(), "released");
     for (const char* part : {"empty is an empty folder", "fewer than 80", "beyond ASCII",
                              "/y has a path of 2", "update_server.txt sends launchers"}) {
@@ -174,53 +175,65 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     EXPECT_EQ(std::count(studio.warnings.begin(), studio.warnings.end(), '\n'), 5);
 
     const TemporaryFolder other;
-    publish::makeKeyPair(other.path(), 2048, std::nullopt);
-    studio.order.version = "1.5";
-    studio.order.publicKey = other / publish::publicKeyName; // not the other half
+    publisher::makeKeyPair(other.path(), 2048, std::nullopt);
+    studio.options.version = "1.5";
+    studio.options.publicKey = other / publisher::publicKeyName; // not the other half
     EXPECT_NE(studio.release().find("isn't signed with this key"), std::string::npos);
-    studio.order.allowNewKey = true;
+    studio.options.allowNewKey = true;
     EXPECT_NE(studio.release().find("manifest_signature_verify_failed"), std::string::npos);
-    studio.order.privateKey = other / publish::privateKeyName;
-    fs::remove(studio.order.publicKey); // derived then
-    studio.order.publicKey.clear();
+    studio.options.privateKey = other / publisher::privateKeyName;
+    fs::remove(studio.options.publicKey); // derived then
+    studio.options.publicKey.clear();
     EXPECT_TRUE(studio.check().good());
     EXPECT_EQ(studio.release(), "released");
-    EXPECT_FALSE(fs::exists(studio.live / publish::publicKeyName));
+    EXPECT_FALSE(fs::exists(studio.live / publisher::publicKeyName));
     EXPECT_FALSE(studio.check().good());
 
-    studio.order.version = "1.6";
+    studio.options.version = "1.6";
     {
-        const publish::ChannelFolder busy(studio.root, "stable");
+        const publisher::ChannelFolder busy(studio.root, "stable");
         EXPECT_NE(studio.release().find("another release is being made"), std::string::npos);
     }
-    studio.order.root = studio.tree / "channel";
+    studio.options.root = studio.tree / "channel";
     EXPECT_NE(studio.release().find("lies in the tree"), std::string::npos);
-    studio.order.root = studio.folder / "elsewhere";
-    fs::create_directories(studio.order.root / "stable/windows");
+    studio.options.root = studio.folder / "elsewhere";
+    fs::create_directories(studio.options.root / "stable/windows");
     EXPECT_NE(studio.release().find("isn't a link"), std::string::npos);
-    fs::rename(studio.order.root / "stable", studio.folder / "stable");
-    fs::create_directory_symlink(studio.folder / "stable", studio.order.root / "stable");
+    fs::rename(studio.options.root / "stable", studio.folder / "stable");
+    fs::create_directory_symlink(studio.folder / "stable", studio.options.root / "stable");
     EXPECT_NE(studio.release().find("is no folder but a link"), std::string::npos);
-    studio.order.root = other.path(); // where the private key lies
+    studio.options.root = other.path(); // where the private key lies
     EXPECT_NE(studio.release().find("which everybody gets to see"), std::string::npos);
+}
+
+TEST(Release, JudgesNothingByALiveManifestThatCannotBeRead) {
+    Studio studio;
+    ASSERT_EQ(studio.release(), "released");
+    writeFile(studio.live / "manifest.json", "{}");
+    studio.options.version = "0"; // as old as the version that isn't there
+    for (const bool allowNewKey : {false, true}) {
+        studio.options.allowNewKey = allowNewKey;
+        const std::string text = studio.release();
+        EXPECT_TRUE(text.ends_with("can be read (manifest_header_invalid): move it away")) << text;
+    }
 }
 
 TEST(Release, SharesNoFileWithTheTreeUnlessAskedTo) {
     Studio studio;
-    studio.order.linked = true;
+    studio.options.linked = true;
     const fs::path first = studio.tree / "data/first.dat";
     const auto time = fs::last_write_time(first);
     ASSERT_EQ(studio.release(), "released");
     fs::remove(first);
     studio.put("data/first.dat", "other"); // as long and as old: a cache couldn't tell
     fs::last_write_time(first, time);
-    studio.order.version = "1.5";
+    studio.options.version = "1.5";
     ASSERT_EQ(studio.release(), "released");
     EXPECT_NE(fs::last_write_time(studio.live / "files/data/first.dat"), time);
     EXPECT_TRUE(
         fs::equivalent(studio.live / "files/ColdAnchor.exe", studio.tree / "ColdAnchor.exe"));
-    studio.order.linked = false;
-    studio.order.version = "1.6";
+    studio.options.linked = false;
+    studio.options.version = "1.6";
     ASSERT_EQ(studio.release(), "released");
     std::ofstream(studio.tree / "ColdAnchor.exe") << "changed in place";
     EXPECT_TRUE(studio.check().good());

@@ -1,13 +1,13 @@
-// What needs no disk: names, versions, the manifest's text, an answer's head.
-#include "publish/answer_rules.h"
-#include "publish/manifest_text.h"
-#include "publish/name_rules.h"
-#include "publish/order.h"
+// What needs no disk: names, versions, the manifest's text, a response's headers.
+#include "publisher/check/response_rules.h"
+#include "publisher/release/manifest_text.h"
+#include "publisher/rules/name_rules.h"
+#include "publisher/rules/version_rules.h"
 
 #include <gtest/gtest.h>
 #include <map>
 
-using namespace ca::publish;
+using namespace ca::publisher;
 using ca::update::UpdateManifest;
 
 TEST(Names, AreRefusedWhereWindowsOrAnAddressWouldRefuseThem) {
@@ -102,10 +102,10 @@ TEST(ManifestText, ReadsBackWhateverItHolds) {
     }
 }
 
-TEST(Answers, AreJudgedByWhatCachesAndPlayersMakeOfThem) {
+TEST(Responses, AreJudgedByWhatCachesAndPlayersMakeOfThem) {
     constexpr const char* fresh = "ETag: \"1\"\r\nCache-Control: no-cache\r\n";
     struct Row {
-        std::string finalUrl, fields;
+        std::string finalUrl, headers;
         const char* verdict; // '!' for a problem, '.' for advice
     };
     for (const Row& row : {
@@ -120,12 +120,13 @@ TEST(Answers, AreJudgedByWhatCachesAndPlayersMakeOfThem) {
              Row{"https://other/b%20c+", fresh, "."},
              Row{"http://a/b%20c+", fresh, "!"},
          }) {
-        AnswerHead head{"https://a/b c+", row.finalUrl.empty() ? "https://a/b%20c+" : row.finalUrl,
-                        "HTTP/1.1 200 OK\r\n" + row.fields + "\r\n", false};
+        Response response{"https://a/b c+",
+                          row.finalUrl.empty() ? "https://a/b%20c+" : row.finalUrl,
+                          "HTTP/1.1 200 OK\r\n" + row.headers + "\r\n", false};
         std::string verdict;
-        for (const Finding& finding : judgeAnswer(head)) {
+        for (const Finding& finding : judgeResponse(response)) {
             verdict += finding.isProblem ? '!' : '.';
         }
-        EXPECT_EQ(verdict, row.verdict) << row.finalUrl << row.fields;
+        EXPECT_EQ(verdict, row.verdict) << row.finalUrl << row.headers;
     }
 }

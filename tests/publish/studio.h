@@ -1,10 +1,10 @@
 // A publisher's desk: a tree with a game, a key pair and a channel root, in a folder that vanishes.
 #pragma once
 
-#include "demo/process.h"
-#include "publish/check.h"
-#include "publish/failure.h"
-#include "publish/release.h"
+#include "publisher/check/check.h"
+#include "publisher/release/release.h"
+#include "publisher/text/failure.h"
+#include "shared/process.h"
 #include "support/programs.h"
 #include "unit/temporary_folder.h"
 
@@ -20,10 +20,10 @@ const fs::path& keyFolder();
 
 struct Studio {
     Studio() {
-        order.tree = tree;
-        order.root = root;
-        order.privateKey = keyFolder() / publish::privateKeyName;
-        order.version = "1.4.2";
+        options.tree = tree;
+        options.root = root;
+        options.privateKey = keyFolder() / publisher::privateKeyName;
+        options.version = "1.4.2";
         put("ColdAnchor.exe", "game");
         put("ColdAnchorLauncher.exe", "launcher");
         put("ColdAnchorUpdateHelper.exe", "helper");
@@ -38,20 +38,20 @@ struct Studio {
     std::string release() {
         warnings.clear();
         const auto none = [](const fs::path&) -> std::string {
-            throw publish::Failure("asked for a passphrase");
+            throw publisher::Failure("asked for a passphrase");
         };
         try {
-            result = publish::makeRelease(
-                order, none, [this](const std::string& text) { warnings += text + "\n"; });
+            result = publisher::makeRelease(
+                options, none, [this](const std::string& text) { warnings += text + "\n"; });
             return "released";
-        } catch (const publish::Failure& failure) {
+        } catch (const publisher::Failure& failure) {
             return failure.what();
         }
     }
 
-    publish::CheckResult check(const std::string& address = {}) const {
-        return publish::checkChannel({address.empty() ? root.string() : address, order.channel,
-                                      keyFolder() / publish::publicKeyName, 2});
+    publisher::CheckResult check(const std::string& address = {}) const {
+        return publisher::checkChannel({address.empty() ? root.string() : address, options.channel,
+                                        keyFolder() / publisher::publicKeyName, 2});
     }
 
     // Ends with the program; gives its exit status, and what it printed in `output`.
@@ -60,17 +60,16 @@ struct Studio {
         words.insert(words.begin(), before.begin(), before.end());
         fs::remove(folder / "output");
         const Lines environment{"ASAN_OPTIONS=detect_leaks=0"}; // which can't be done under strace
-        const demo::ProcessOptions options{folder.path(), folder / "output", environment, -1};
-        const int status =
-            demo::Process(words, options).wait(std::chrono::seconds(60)).value_or(-1);
+        const kit::ProcessOptions process{folder.path(), folder / "output", environment, -1};
+        const int status = kit::Process(words, process).wait(std::chrono::seconds(60)).value_or(-1);
         output = readFile(folder / "output");
         return status;
     }
 
     TemporaryFolder folder{"/dev/shm"}; // in memory: each release brings the whole disk up to date
     fs::path tree = folder / "game", root = folder / "channel", live = root / "stable/windows";
-    publish::ReleaseOrder order;
-    publish::ReleaseResult result;
+    publisher::ReleaseOptions options;
+    publisher::ReleaseResult result;
     std::string warnings, output;
 };
 

@@ -1,6 +1,8 @@
 // The launcher's screen in memory: draw on it, then see what is on it.
 #pragma once
 
+#include "launcher/frame_canvas.h"
+
 #include <SDL3/SDL.h>
 #include <cstdint>
 #include <string>
@@ -26,12 +28,16 @@ struct Canvas {
         return {pixels, pixels + 1040 * 640};
     }
 
-    // In the debug font at this scale.
+    // In the debug font at this scale, on black.
     void write(float x, float y, const std::string& text, float scale, Colour colour) const {
+        launcher::FrameCanvas canvas(renderer);
+        SDL_SetRenderDrawColor(renderer, 0, 0, 0, 255);
+        SDL_RenderClear(renderer);
         SDL_SetRenderDrawColor(renderer, colour >> 16 & 255, colour >> 8 & 255, colour & 255, 255);
         SDL_SetRenderScale(renderer, scale, scale);
         SDL_RenderDebugText(renderer, x / scale, y / scale, text.c_str());
         SDL_SetRenderScale(renderer, 1, 1);
+        canvas.present();
     }
 
     SDL_Surface* const surface = SDL_CreateSurface(1040, 640, SDL_PIXELFORMAT_XRGB8888);

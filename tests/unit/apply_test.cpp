@@ -1,5 +1,5 @@
-#include "demo/nginx.h"
 #include "net/download.h"
+#include "shared/nginx.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
 #include "update/updater.h"
@@ -10,7 +10,6 @@
 
 using namespace ca::update;
 using namespace ca::test;
-namespace fs = std::filesystem;
 
 // An installation of version 1 and a real server with the files of version 2.
 class Apply : public testing::Test {
@@ -78,7 +77,7 @@ protected:
     const TemporaryFolder install;
     const TemporaryFolder root;
     const fs::path files = root / "stable/windows/files";
-    ca::demo::Nginx server{root / "server", {.root = root.path(), .serverDirectives = {}}};
+    ca::kit::Nginx server{root / "server", {.root = root.path(), .serverDirectives = {}}};
     Updater updater{install.path()};
     UpdatePlan plan;
     std::vector<std::uint64_t> reports;

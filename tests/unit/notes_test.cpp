@@ -45,7 +45,7 @@ TEST(Notes, ComeFromTheFirstFileThatSaysSomething) {
         "Cold Anchor 0.16.117\n- Current build ready.\n- No local patch notes file was found.");
     writeFile(folder / "data/game_version", "\xff\xfe\x31\0.\0"s); // saved in another encoding
     EXPECT_TRUE(loadLocalPatchNotes(folder.path()).starts_with("Cold Anchor \xff"));
-    std::filesystem::remove(folder / "data/game_version");
+    fs::remove(folder / "data/game_version");
     const char* const rows[][3] = {{"PATCH_NOTES.txt", "third\n", "third"},
                                    {"PATCH_NOTES_v0.16.117.txt", "\nsecond\r\n", "second"},
                                    {"data/patch_notes.txt", " \n", "second"},

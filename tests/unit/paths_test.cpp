@@ -15,6 +15,7 @@ TEST(Paths, TakeTheFormWithoutALimitWhereTheyAreLong) {
          {Row(L"C:/a/b", L"C:/a/b"), Row(L"C:/" + longest + L"/x", L"C:/" + longest + L"/x"),
           Row(L"C:/" + tooLong + L"/x", L"\\\\?\\C:\\" + tooLong + L"\\x"),
           Row(L"\\\\?\\C:\\" + tooLong, L"\\\\?\\C:\\" + tooLong),
+          Row(L"\\\\?\\C:\\games\\data/maps/x", L"\\\\?\\C:\\games\\data\\maps\\x"),
           Row(L"//server/share/" + tooLong, L"//server/share/" + tooLong),
           Row(L"/games/" + tooLong, L"/games/" + tooLong)}) {
         EXPECT_EQ(SystemPath(path).text(), expected);

@@ -1,4 +1,3 @@
-#include "launcher/layout.h"
 #include "launcher/screen.h"
 #include "support/canvas.h"
 
@@ -113,13 +112,4 @@ TEST_F(Screen, ShowsTheRowsThatHaveRoom) {
 TEST_F(Screen, ColoursTheHeadingsOfTheNotes) {
     EXPECT_TRUE(shows(draw({}, "Fog\nFIXED"), 0xDDC476));
     EXPECT_FALSE(shows(draw({}, "Fog\nfixed"), 0xDDC476));
-}
-
-TEST(Layout, EdgesBelongToTheButtons) {
-    using Row = std::tuple<float, float, bool>;
-    for (const auto& [x, y, inside] :
-         {Row(720, 452, true), Row(846, 494, true), Row(719.5f, 460, false),
-          Row(846.5f, 460, false), Row(730, 451.5f, false), Row(730, 494.5f, false)}) {
-        EXPECT_EQ(contains(repairButton, x, y), inside) << x << ", " << y;
-    }
 }

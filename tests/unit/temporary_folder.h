@@ -13,37 +13,35 @@
 
 namespace ca::test {
 
+namespace fs = std::filesystem;
+
 class TemporaryFolder {
 public:
-    explicit TemporaryFolder(
-        const std::filesystem::path& base = std::filesystem::temp_directory_path())
+    explicit TemporaryFolder(const fs::path& base = fs::temp_directory_path())
         : path_(base / ("cold anchor ä " + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directories(path_);
+        fs::create_directories(path_);
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        fs::remove_all(path_, ignored);
     }
 
-    const std::filesystem::path& path() const { return path_; }
-    std::filesystem::path operator/(const std::filesystem::path& name) const {
-        return path_ / name;
-    }
+    const fs::path& path() const { return path_; }
+    fs::path operator/(const fs::path& name) const { return path_ / name; }
 
 private:
-    std::filesystem::path path_;
+    fs::path path_;
 };
 
-inline std::filesystem::path writeFile(const std::filesystem::path& path,
-                                       const std::string& bytes) {
-    std::filesystem::create_directories(path.parent_path());
+inline fs::path writeFile(const fs::path& path, const std::string& bytes) {
+    fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
 }
 
-inline std::string readFile(const std::filesystem::path& path) {
+inline std::string readFile(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     return (std::ostringstream() << file.rdbuf()).str();
 }
@@ -53,16 +51,16 @@ using Paths = std::vector<std::string>;
 
 // Every path below `folder`: a file's with its bytes, a link's with where it leads, a folder's
 // with a slash behind it. Whatever another program removes meanwhile may be missing.
-inline Contents contentsOf(const std::filesystem::path& folder) {
+inline Contents contentsOf(const fs::path& folder) {
     Contents contents;
     std::error_code error;
-    std::filesystem::directory_iterator entry(folder, error);
+    fs::directory_iterator entry(folder, error);
     for (; !error && entry != end(entry); entry.increment(error)) {
-        const std::filesystem::path& path = entry->path();
+        const fs::path& path = entry->path();
         const std::string name = path.filename().string();
         std::error_code gone;
         if (entry->is_symlink(gone)) {
-            contents[name] = std::filesystem::read_symlink(path, gone).generic_string();
+            contents[name] = fs::read_symlink(path, gone).generic_string();
         } else if (entry->is_directory(gone)) {
             contents[name + "/"] = {};
             for (const auto& [below, bytes] : contentsOf(path)) {
@@ -73,7 +71,7 @@ inline Contents contentsOf(const std::filesystem::path& folder) {
         }
     }
     if (error && error != std::errc::no_such_file_or_directory) {
-        throw std::filesystem::filesystem_error("contentsOf", folder, error);
+        throw fs::filesystem_error("contentsOf", folder, error);
     }
     return contents;
 }

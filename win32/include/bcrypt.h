@@ -9,7 +9,7 @@
 // Where the layer differs from Windows on purpose:
 //  - The memory handed to BCryptCreateHash is checked for its size and not used.
 //  - A key that could verify nothing (even modulus, even exponent) or anything (exponent 1) is
-//  refused at the import.
+//    refused at the import.
 #pragma once
 
 #include <windows.h>
@@ -27,14 +27,13 @@ inline constexpr wchar_t BCRYPT_RSAPUBLIC_BLOB[] = L"RSAPUBLICBLOB";
 inline constexpr ULONG BCRYPT_RSAPUBLIC_MAGIC = 0x31415352; // "RSA1" in memory
 inline constexpr ULONG BCRYPT_PAD_PKCS1 = 2;
 
-// What stands before the exponent and the modulus (big-endian, in this order)
-// in an "RSAPUBLICBLOB".
+// The header of an "RSAPUBLICBLOB". Exponent and modulus follow it in this order, both big-endian.
 struct BCRYPT_RSAKEY_BLOB {
     ULONG Magic;
     ULONG BitLength; // 512 to 16384
     ULONG cbPublicExp;
     ULONG cbModulus;
-    ULONG cbPrime1; // 0 in a public key, as the next
+    ULONG cbPrime1; // 0 in a public key, like the next
     ULONG cbPrime2;
 };
 
@@ -48,14 +47,13 @@ NTSTATUS BCryptOpenAlgorithmProvider(BCRYPT_ALG_HANDLE* algorithm, LPCWSTR name,
                                      LPCWSTR implementation, ULONG flags);
 NTSTATUS BCryptCloseAlgorithmProvider(BCRYPT_ALG_HANDLE algorithm, ULONG flags);
 
-// "ObjectLength" of the hash provider, a ULONG: the bytes that BCryptCreateHash wants to
-// be handed. Every other property is STATUS_NOT_SUPPORTED. With `output` null only
-// `*result`, the size, is given.
+// "ObjectLength" of the hash provider, a ULONG: the bytes that BCryptCreateHash wants to be handed.
+// Every other property is STATUS_NOT_SUPPORTED. `output` null asks for the size alone.
 NTSTATUS BCryptGetProperty(BCRYPT_HANDLE algorithm, LPCWSTR property, PUCHAR output,
                            ULONG outputSize, ULONG* result, ULONG flags);
 
-// A hash over no bytes yet. `object` has at least "ObjectLength" bytes, or is null with size
-// 0. No secret, flags 0.
+// A hash over no bytes yet. `object` has at least "ObjectLength" bytes, or is null with size 0. No
+// secret, flags 0.
 NTSTATUS BCryptCreateHash(BCRYPT_ALG_HANDLE algorithm, BCRYPT_HASH_HANDLE* hash, PUCHAR object,
                           ULONG objectSize, PUCHAR secret, ULONG secretSize, ULONG flags);
 NTSTATUS BCryptHashData(BCRYPT_HASH_HANDLE hash, PUCHAR input, ULONG size, ULONG flags);

@@ -18,10 +18,12 @@ inline constexpr INT SE_ERR_NOASSOC = 31;
 LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count);
 
 // Only the verb "runas" is known: runs `file` as the administrator, with `parameters` split as
-// CreateProcessW splits a command line. Blocks while the prompt is open, and returns as soon as it
-// is answered: a result above 32 when the program has been started (it isn't waited for and
-// outlives the caller), SE_ERR_ACCESSDENIED when the prompt was refused or couldn't be shown,
-// SE_ERR_FNF when `file` isn't there or the host has no pkexec, SE_ERR_NOASSOC for any other verb.
+// CreateProcessW splits a command line. Blocks while the prompt is open. The result:
+//  - above 32: the program has been started. It isn't waited for and outlives the caller.
+//  - SE_ERR_ACCESSDENIED: the prompt was refused or couldn't be shown.
+//  - SE_ERR_FNF: `file` isn't there, or the host has no pkexec.
+//  - SE_ERR_NOASSOC: another verb.
+//
 // The last error holds the matching number. `window` and `folder` must be null and `show`
 // SW_SHOWNORMAL (else 0 with ERROR_INVALID_PARAMETER).
 //

@@ -1,9 +1,9 @@
-// The part of the Windows API that the launcher calls, for hosts that are not Windows: base
-// types, error numbers, text, module and environment, files and processes. Names, values and
-// results are the SDK's.
+// The part of the Windows API that the launcher calls, for hosts that are not Windows: base types,
+// error numbers, text, module and environment, files and processes. Names, values and results are
+// the SDK's.
 //
 // A call that isn't declared here doesn't exist for the launcher, and using it fails to compile. A
-// flag or an argument that this layer can't honour is answered with an error (usually
+// flag or an argument that this layer can't honour is refused with an error (usually
 // ERROR_INVALID_PARAMETER), never ignored.
 //
 // Every call may be made from any thread and blocks until it is done, unless it says otherwise.
@@ -12,12 +12,10 @@
 //
 // Where the layer differs from Windows on purpose:
 //  - wchar_t is the host's: 32 bits, one code point each, where Windows has 16 bits of UTF-16.
-//  Sizes in bytes are
-//    therefore sizeof(wchar_t) times the number of characters, never 2 times.
-//  - Paths are the host's, with "/" between folders, letters' case significant, no limit of 260
-//  characters.
-//    They reach the system as UTF-8.
-//  - Names of environment variables are compared with their case.
+//    Sizes in bytes are therefore sizeof(wchar_t) times the number of characters, never 2 times.
+//  - Paths are the host's, with "/" between folders, case-sensitive, without a limit of 260
+//    characters. They reach the system as UTF-8.
+//  - Names of environment variables are case-sensitive.
 //  - Of the sharing modes only the one that shares nothing is enforced, and only among those who
 //    ask for it: two such handles of one file exclude each other, also of two processes.
 #pragma once
@@ -99,8 +97,8 @@ inline constexpr DWORD ERROR_IO_DEVICE = 1117;
 inline constexpr DWORD ERROR_USER_MAPPED_FILE = 1224;
 inline constexpr DWORD ERROR_NO_SYSTEM_RESOURCES = 1450;
 
-// The calling thread's last error number. A call that succeeds leaves it alone
-// unless it says otherwise.
+// The calling thread's last error number. A call that succeeds leaves it alone, unless its
+// description says otherwise.
 DWORD GetLastError();
 void SetLastError(DWORD error);
 
@@ -109,18 +107,17 @@ void SetLastError(DWORD error);
 inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 
-// UTF-8 to wide text. `byteCount` -1 means up to and including the terminating zero; a
-// positive count is exact and adds no zero. With `wideCount` 0 nothing is written and the
-// result is the number of wide characters needed. With flags 0 every ill-formed sequence
-// becomes one U+FFFD; with MB_ERR_INVALID_CHARS it fails with ERROR_NO_UNICODE_TRANSLATION.
-// Returns the number of wide characters, 0 on failure: ERROR_INVALID_PARAMETER (another code
-// page, a count of 0 or below -1, null pointers), ERROR_INVALID_FLAGS,
-// ERROR_INSUFFICIENT_BUFFER (the buffer is then partly written).
+// UTF-8 to wide text. `byteCount` -1 means up to and including the terminating zero; a positive
+// count is exact and adds no zero. With `wideCount` 0 nothing is written and the result is the
+// number of wide characters needed. With flags 0 every ill-formed sequence becomes one U+FFFD; with
+// MB_ERR_INVALID_CHARS it fails with ERROR_NO_UNICODE_TRANSLATION. Returns the number of wide
+// characters, 0 on failure: ERROR_INVALID_PARAMETER (another code page, a count of 0 or below -1,
+// null pointers), ERROR_INVALID_FLAGS, ERROR_INSUFFICIENT_BUFFER (a part may have been written).
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int byteCount, LPWSTR wide,
                         int wideCount);
 
-// Wide text to UTF-8, the other way round, with the same counts. `flags` 0, `defaultCharacter` and
-// `defaultUsed` null; what is no Unicode character becomes U+FFFD.
+// Wide text to UTF-8, with counts that mean the same. `flags` must be 0, `defaultCharacter` and
+// `defaultUsed` null. A value that is no Unicode character becomes U+FFFD.
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR wide, int wideCount, LPSTR bytes,
                         int byteCount, LPCSTR defaultCharacter, BOOL* defaultUsed);
 
@@ -136,13 +133,13 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size);
 DWORD GetCurrentProcessId();
 
 // Value of an environment variable. Returns its length without the zero if it fits into `size`
-// characters, otherwise the size needed with the zero and nothing is promised about the buffer; 0
-// with ERROR_ENVVAR_NOT_FOUND if there is none. The value of an empty variable has length 0 too and
+// characters, otherwise the size needed with the zero and nothing is promised about the buffer. 0
+// with ERROR_ENVVAR_NOT_FOUND if there is none; the value of an empty variable has length 0 too and
 // leaves the last error alone. Must not run while another thread changes the environment.
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 
-// Sets a variable for this process and those that it starts; null removes it. Must not run beside
-// another thread that uses the environment.
+// Sets a variable for this process and those that it starts; null removes it. Must not run while
+// another thread uses the environment.
 BOOL SetEnvironmentVariableW(LPCWSTR name, LPCWSTR value);
 
 // --- Files ---
@@ -179,27 +176,26 @@ using LPOVERLAPPED = OVERLAPPED*;
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                    DWORD disposition, DWORD flagsAndAttributes, HANDLE templateFile);
 
-// Reads up to `size` bytes at the file's position with one read(2): no buffer lies between. TRUE
+// Reads up to `size` bytes at the file's position with one read(2), without a buffer between. TRUE
 // with `*read` 0 is the end of the file. `overlapped` must be null.
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped);
 
-// Writes all `size` bytes at the file's position. On failure `*written` tells how many were.
-// `overlapped` must be null.
+// Writes all `size` bytes at the file's position. On failure `*written` is the number that were
+// written. `overlapped` must be null.
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped);
 
-// Returns when everything written to the file has reached the disk. Needs a
-// handle with GENERIC_WRITE.
+// Returns when everything written to the file is on the disk. Needs a handle with GENERIC_WRITE.
 BOOL FlushFileBuffers(HANDLE file);
 
-// Ends a handle of CreateFileW, CreateProcessW or OpenProcess. Null gives ERROR_INVALID_HANDLE;
-// INVALID_HANDLE_VALUE, which is also what GetCurrentProcess gives, is left alone.
+// Ends a handle of CreateFileW, CreateProcessW or OpenProcess. Null fails with
+// ERROR_INVALID_HANDLE; INVALID_HANDLE_VALUE, which GetCurrentProcess returns too, is left alone.
 BOOL CloseHandle(HANDLE handle);
 
 inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 1;
 inline constexpr DWORD MOVEFILE_COPY_ALLOWED = 2;
 inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
 
-// Renames a file or folder within one file system, in one step: whoever looks sees the old name or
+// Renames a file or folder within one file system, in one step: other processes see the old name or
 // the new one. Without MOVEFILE_REPLACE_EXISTING an existing target refuses with
 // ERROR_ALREADY_EXISTS; with it a file takes the place of a file, and a folder on either side
 // refuses with ERROR_ACCESS_DENIED. MOVEFILE_WRITE_THROUGH returns after both folders have reached
@@ -242,11 +238,11 @@ struct PROCESS_INFORMATION {
 };
 using LPPROCESS_INFORMATION = PROCESS_INFORMATION*;
 
-// Starts a program in a session of its own, so that it outlives the launcher, whatever ends that.
-// It inherits the environment and the three standard streams, and no other open file. `application`
-// is required and is the file that is run; `commandLine` (null: the application's name) is split
-// into arguments by the rules of the C runtime on Windows, the first being the program's name.
-// `folder` null is the caller's own folder, else one that doesn't exist is ERROR_DIRECTORY. Both
+// Starts a program in a session of its own, so that it outlives the launcher, however that ends. It
+// inherits the environment and the three standard streams, and no other open file. `application` is
+// required and is the file that is run. `commandLine` (null: the application's name) is split into
+// arguments by the rules of the C runtime on Windows, the first being the program's name. `folder`
+// null is the caller's own folder; one that doesn't exist is refused with ERROR_DIRECTORY. Both
 // security attributes and `environment` must be null, `inherit` FALSE, `flags` 0 or
 // CREATE_NO_WINDOW (which changes nothing, since no program gets a console window here), `startup`
 // zeroed except for its size.
@@ -280,10 +276,9 @@ using LPFILETIME = FILETIME*;
 // be opened, and counts as ended.
 HANDLE OpenProcess(DWORD access, BOOL inherit, DWORD processId);
 
-// For OpenProcess's handles and the one that GetCurrentProcess gives, which needs no closing.
-// `created` counts steps of 100 nanoseconds from the host's start, where Windows counts them
-// from 1601: good for telling which process is older, to a hundredth of a second. The other
-// three times are set to 0.
+// For OpenProcess's handles and GetCurrentProcess's, which needs no closing. `created` counts steps
+// of 100 nanoseconds from the host's start, where Windows counts them from 1601: it tells which
+// process is older, to a hundredth of a second. The other three times are set to 0.
 BOOL GetProcessTimes(HANDLE process, LPFILETIME created, LPFILETIME ended, LPFILETIME kernel,
                      LPFILETIME user);
 HANDLE GetCurrentProcess();
@@ -317,21 +312,20 @@ DWORD GetFileAttributesW(LPCWSTR path);
 
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 
-// A link is removed itself: a link to a folder by RemoveDirectoryW, any other by
-// DeleteFileW, as on Windows.
+// A link is removed itself: RemoveDirectoryW takes those to folders, DeleteFileW all others.
 BOOL RemoveDirectoryW(LPCWSTR path);
 BOOL DeleteFileW(LPCWSTR path);
 
 // A second name for a file on the same volume. ERROR_ALREADY_EXISTS when `link` is taken.
 BOOL CreateHardLinkW(LPCWSTR link, LPCWSTR existing, LPSECURITY_ATTRIBUTES security);
 
-// The file's bytes and permissions. A copy that fails half-way is removed. A second name of the
-// source as the target refuses with ERROR_SHARING_VIOLATION.
+// Copies the file's bytes and permissions. A copy that fails half-way is removed. A target that is
+// a second name of the source is refused with ERROR_SHARING_VIOLATION.
 BOOL CopyFileW(LPCWSTR from, LPCWSTR to, BOOL failIfExists);
 
-// `path` without "." and "..", from the working folder on if it is relative; the disk isn't asked.
-// The length without the zero if that fits into `size` characters, else the size needed with it; 0
-// on failure. `fileName` must be null.
+// `path` without "." and "..", absolute by the working folder if it is relative; the disk isn't
+// asked. Returns the length without the zero if the path fits into `size` characters with it, else
+// the size needed with the zero; 0 on failure. `fileName` must be null.
 DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* fileName);
 
 // Which kind of program the file is: SCS_64BIT_BINARY for one of this host, any other file fails
@@ -340,17 +334,16 @@ BOOL GetBinaryTypeW(LPCWSTR path, LPDWORD kind);
 
 // The entries of a folder, in no order; `pattern` is the folder and "/*", and nothing else is
 // accepted. "." and ".." are left out. INVALID_HANDLE_VALUE when the folder can't be read or is
-// empty (ERROR_FILE_NOT_FOUND). The end of the list is FALSE with ERROR_NO_MORE_FILES.
-// FindClose ends the handle.
+// empty (ERROR_FILE_NOT_FOUND). The end of the list is FALSE with ERROR_NO_MORE_FILES. FindClose
+// ends the handle.
 HANDLE FindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW entry);
 BOOL FindNextFileW(HANDLE search, LPWIN32_FIND_DATAW entry);
 BOOL FindClose(HANDLE search);
 
 // --- Command line ---
 
-// This process's arguments, quoted so that CommandLineToArgvW gives them back. Valid
-// until the process ends.
+// This process's arguments, quoted so that CommandLineToArgvW returns them. Never to be freed.
 LPWSTR GetCommandLineW();
 
-// Frees what CommandLineToArgvW gave. Null on success.
+// Frees the result of CommandLineToArgvW. Returns null.
 HANDLE LocalFree(HANDLE memory);

@@ -1,20 +1,18 @@
 // The part of WinHTTP, in synchronous mode, that the launcher calls, for hosts that are not
 // Windows. libcurl carries it.
 //
-// One request handle is one GET: it opens its own connection, and memory is bounded by one
-// buffer, however long the body. Session, connection and request handles may be closed in any
-// order; a request keeps what it needs. One handle belongs to one thread at a time; different
-// handles may be used at once. Every call that talks to the network blocks until it is done or
-// a time-out has run out.
+// One request handle is one GET: it opens its own connection, and memory is bounded by one buffer,
+// however long the body. Session, connection and request handles may be closed in any order; a
+// request keeps what it needs. One handle belongs to one thread at a time; different handles may be
+// used at once. Every call that talks to the network blocks until it is done or its time-out ends.
 //
-// Only http and https are spoken, HTTP/1.1, also behind a redirect. Certificates and host names
-// are always checked, against the host's authorities (OpenSSL's default places, so SSL_CERT_FILE
-// and SSL_CERT_DIR count).
+// Only http and https are spoken, HTTP/1.1, also behind a redirect. Certificates and host names are
+// always checked, against the host's authorities (OpenSSL's default places, so SSL_CERT_FILE and
+// SSL_CERT_DIR count).
 //
 // Where the layer differs from Windows on purpose:
 //  - WINHTTP_ACCESS_TYPE_DEFAULT_PROXY takes the proxy from the usual environment variables
-//  (http_proxy, https_proxy,
-//    all_proxy, no_proxy).
+//    (http_proxy, https_proxy, all_proxy, no_proxy).
 //  - The TLS handshake counts towards the connect time-out.
 //  - Sizes of texts are in bytes of the host's wchar_t.
 #pragma once
@@ -101,8 +99,8 @@ using LPURL_COMPONENTS = URL_COMPONENTS*;
 // ERROR_WINHTTP_INVALID_URL. Nothing goes over the network.
 BOOL WinHttpCrackUrl(LPCWSTR url, DWORD length, DWORD flags, LPURL_COMPONENTS parts);
 
-// A session: user agent and settings for the requests made of it. Proxy names must
-// be null and `flags` 0.
+// A session: user agent and settings for the requests made of it. Proxy names must be null and
+// `flags` 0.
 HINTERNET WinHttpOpen(LPCWSTR userAgent, DWORD accessType, LPCWSTR proxyName, LPCWSTR proxyBypass,
                       DWORD flags);
 
@@ -126,10 +124,9 @@ BOOL WinHttpQueryOption(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD s
 HINTERNET WinHttpConnect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DWORD reserved);
 
 // Prepares a request. Only "GET" (also by null), the default version, no referrer, the default
-// accept types, flags 0 or WINHTTP_FLAG_SECURE. `path` holds the query too. Characters that no
-// URL holds, which are blanks, controls, any of "#<>[\]^`{|} and everything beyond ASCII (as
-// UTF-8), go out percent-encoded; everything else as it stands, dots and escapes that are
-// already there included.
+// accept types, flags 0 or WINHTTP_FLAG_SECURE. `path` holds the query too. Characters that no URL
+// holds are sent percent-encoded: spaces, controls, any of "#<>[\]^`{|} and everything beyond ASCII
+// (as UTF-8). Everything else is sent unchanged, including dots and escapes that are already there.
 HINTERNET WinHttpOpenRequest(HINTERNET connection, LPCWSTR verb, LPCWSTR path, LPCWSTR version,
                              LPCWSTR referrer, LPCWSTR* acceptTypes, DWORD flags);
 
@@ -139,13 +136,13 @@ BOOL WinHttpSendRequest(HINTERNET request, LPCWSTR headers, DWORD headersLength,
 
 // Waits for the response's headers and follows redirects (301, 302, 303, 307 and 308 with a
 // Location), at most 10. An eleventh, and one to another scheme than http and https, fails with
-// ERROR_WINHTTP_REDIRECT_FAILED; a policy that forbids one hands the redirecting answer back.
-// Headers of more than 64 KiB are ERROR_WINHTTP_HEADER_SIZE_OVERFLOW.
+// ERROR_WINHTTP_REDIRECT_FAILED. Where the policy forbids one, the redirecting response is
+// returned. Headers of more than 64 KiB are ERROR_WINHTTP_HEADER_SIZE_OVERFLOW.
 BOOL WinHttpReceiveResponse(HINTERNET request, LPVOID reserved);
 
 // The status as a number (WINHTTP_QUERY_STATUS_CODE | WINHTTP_QUERY_FLAG_NUMBER, into a DWORD), the
-// text of Content-Length as the server sent it, or the whole head as it sent it
-// (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the empty line behind it; `*size` is in bytes, and on
+// text of Content-Length as the server sent it, or all headers as it sent them
+// (WINHTTP_QUERY_RAW_HEADERS_CRLF), with the empty line behind them. `*size` is in bytes, and on
 // success excludes the zero. A header that didn't come is ERROR_WINHTTP_HEADER_NOT_FOUND, a buffer
 // too small ERROR_INSUFFICIENT_BUFFER with the size needed.
 BOOL WinHttpQueryHeaders(HINTERNET request, DWORD info, LPCWSTR name, LPVOID buffer, LPDWORD size,

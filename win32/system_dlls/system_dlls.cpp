@@ -22,15 +22,15 @@ T* at(DWORD offset) {
 }
 
 // Windows calls it when the libraries that it looks for by itself are in place and before any
-// constructor runs, one of which opens the random numbers for the stack protector. From here on,
-// LoadLibrary without a path means the system.
+// constructor runs; one of them opens the random numbers for the stack protector. From here on,
+// LoadLibrary without a path means the system's folder.
 void NTAPI searchSystemFolderOnly(PVOID, DWORD reason, PVOID) {
     if (reason == DLL_PROCESS_ATTACH) {
         ::SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     }
 }
 
-// The linker gathers what the sections .CRT$XLA to .CRT$XLZ hold into the list of functions
+// The linker gathers the contents of the sections .CRT$XLA to .CRT$XLZ into the list of functions
 // to call at each start.
 [[gnu::section(".CRT$XLB"), gnu::used]] const PIMAGE_TLS_CALLBACK atStart = searchSystemFolderOnly;
 
