@@ -7,7 +7,20 @@
 #include "contract.h"
 #include "net/download.h"
 
+#include <shellapi.h>
+
 using namespace ca::test;
+
+// Not main's own: Windows hands over those in a code page, and C++ libraries differ in which one a
+// path's text is in.
+static std::vector<std::string> ownArguments() {
+    int count = 0;
+    wchar_t** const words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    std::transform(words + 1, words + count, std::back_inserter(arguments), utf8FromWide);
+    ::LocalFree(words);
+    return arguments;
+}
 
 static void downloadForever(const std::string& url) {
     for (std::string text, error;;) {
@@ -15,8 +28,8 @@ static void downloadForever(const std::string& url) {
     }
 }
 
-int main(int argc, char** argv) {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+int main() {
+    const std::vector<std::string> arguments = ownArguments();
     if (arguments.at(0) == "leave") {
         [[maybe_unused]] static std::thread* volatile neverJoined = // kept, so that nothing leaks
             new std::thread(downloadForever, arguments.at(1));
@@ -31,6 +44,6 @@ int main(int argc, char** argv) {
         text += "\n" + arguments[i];
     }
     // whole at once, for whoever waits for it
-    const auto file = fs::absolute(arguments.at(1));
+    const auto file = fs::absolute(pathFromUtf8(arguments.at(1)));
     fs::rename(writeFile(file.parent_path() / "draft", text), file);
 }

@@ -6,8 +6,9 @@ TEST(Processes, StartInTheirFolderWithTheirArguments) {
     const TemporaryFolder folder; // its name holds blanks and a letter beyond ASCII
     const auto program = folder / u8"prögräm €.exe";
     fs::copy_file(childProgram(), program);
-    std::wstring line = L"\"" + wideFromPath(program) +
-                        LR"(" report out --pid 7 --replace "C:\a b\x" "" "x\\" a\\b c\"d "e f"g)";
+    std::wstring line =
+        L"\"" + wideFromPath(program) +
+        LR"(" report "aus €" --pid 7 --replace "C:\ä b\x" "" "x\\" a\\b c\"d "e f"g)";
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process{};
@@ -18,10 +19,10 @@ TEST(Processes, StartInTheirFolderWithTheirArguments) {
     EXPECT_TRUE(::CloseHandle(process.hProcess));
     const std::string place = utf8FromPath(folder.path());
     const std::string text =
-        place + "\n" + place + "\n--pid\n7\n--replace\nC:\\a b\\x\n\nx\\\na\\\\b\nc\"d\ne fg";
+        place + "\n" + place + "\n--pid\n7\n--replace\nC:\\ä b\\x\n\nx\\\na\\\\b\nc\"d\ne fg";
     // Windows opens no file that is still being renamed.
-    EXPECT_TRUE(eventually([&] { return readFile(folder / "out") == text; }))
-        << readFile(folder / "out");
+    const auto report = folder / u8"aus €";
+    EXPECT_TRUE(eventually([&] { return readFile(report) == text; })) << readFile(report);
     // Where there are zombies, nobody is left as one.
     const std::string entry = "/proc/" + std::to_string(process.dwProcessId);
     EXPECT_TRUE(onWindows || eventually([&] { return !fs::exists(entry); }));

@@ -55,6 +55,7 @@ def hardening(program, name):
                   for section in program.sections if section.IMAGE_SCN_MEM_EXECUTE}
     assert executable == {b".text": False}, executable
     assert any("searchSystemFolderOnly" in symbol for symbol in symbols(name)), "libraries from any folder"
+    assert "SDL_DYNAPI_entry" not in symbols(name), "the environment can name another SDL"
     checked = run("x86_64-w64-mingw32-nm", *glob.glob(f"{BUILD}/src/libca_*.a")).count("U __stack_chk_fail")
     print("in the project's own libraries", checked, "sources check their stack")
     assert checked >= 20

@@ -34,10 +34,29 @@ void NTAPI searchSystemFolderOnly(PVOID, DWORD reason, PVOID) {
 // to call at each start.
 [[gnu::section(".CRT$XLB"), gnu::used]] const PIMAGE_TLS_CALLBACK atStart = searchSystemFolderOnly;
 
+// Slots are written by one thread at a time: the first of two that share a page would take the
+// page's rights away from the second. No library is loaded under this lock, so it waits for no
+// other. Its functions are kernel32's, which are there before the first line.
+SRWLOCK slotsLock = SRWLOCK_INIT;
+
+// Some linkers put the slots into a section that can't be written (binutils since 2.44, link.exe
+// where it keeps them apart), some don't. The page can be written for as long as this takes, and
+// is what it was afterwards. A slot that stays as it is costs the next call the same way again.
+void store(FARPROC* slot, FARPROC function) {
+    ::AcquireSRWLockExclusive(&slotsLock);
+    DWORD before = 0;
+    if (::VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &before)) {
+        ::InterlockedExchangePointer(reinterpret_cast<void**>(slot),
+                                     reinterpret_cast<void*>(function));
+        ::VirtualProtect(slot, sizeof(*slot), before, &before);
+    }
+    ::ReleaseSRWLockExclusive(&slotsLock);
+}
+
 } // namespace
 
 // Called by the import library's stubs, under this name, until `slot` holds the function's address.
-// Two threads may be here at once; both then write the same.
+// Two threads may be here at once; both then write the same. The stub calls what this returns.
 extern "C" FARPROC WINAPI
 __delayLoadHelper2(PCImgDelayDescr library,
                    FARPROC* slot) { // NOLINT(bugprone-reserved-identifier)
@@ -53,5 +72,6 @@ __delayLoadHelper2(PCImgDelayDescr library,
     if (function == nullptr) {
         fail(ERROR_PROC_NOT_FOUND);
     }
-    return *slot = function;
+    store(slot, function);
+    return function;
 }
