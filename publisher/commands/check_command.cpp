@@ -47,8 +47,8 @@ void printLines(const CheckResult& result) {
 
 void addCheck(CLI::App& program, int& status) {
     const auto options = std::make_shared<CommandOptions>();
-    CLI::App* command =
-        program.add_subcommand("check", "Plays a client: everything that a launcher would fetch");
+    CLI::App* command = program.add_subcommand(
+        "check", "Fetches everything that a launcher would fetch, and checks it");
     command
         ->add_option("channel-root", options->address,
                      "The server's address as launchers have it, or a channel root")
@@ -56,8 +56,8 @@ void addCheck(CLI::App& program, int& status) {
     command->add_option("--channel", options->channel, "The channel's name")->capture_default_str();
     command->add_option("--key", options->publicKey, "The public key file that players have")
         ->check(CLI::ExistingFile);
-    addJobs(*command, options->threads, "Files fetched at once");
-    command->add_flag("--json", options->json, "The result as one JSON object");
+    addJobs(*command, options->threads, "Number of files fetched at once");
+    command->add_flag("--json", options->json, "Print the result as one JSON object");
     command->callback([options, &status] {
         const CheckResult result = checkChannel(*options);
         status = result.good() ? 0 : 1;

@@ -39,10 +39,11 @@ void run(const DiffOptions& options) {
 
 void addDiff(CLI::App& program) {
     const auto options = std::make_shared<DiffOptions>();
-    CLI::App* command =
-        program.add_subcommand("diff", "What a player of one release downloads for another");
+    CLI::App* command = program.add_subcommand(
+        "diff", "Lists the files that a player of one release downloads for another");
     command->add_option("older", options->older, "A release's folder, or a manifest")->required();
-    command->add_option("newer", options->newer, "Likewise")->required();
+    command->add_option("newer", options->newer, "The newer release's folder, or its manifest")
+        ->required();
     command->callback([options] { run(*options); });
 }
 

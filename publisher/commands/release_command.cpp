@@ -49,19 +49,22 @@ void run(CommandOptions& options) {
 
 // What the release is.
 void addContent(CLI::App& command, CommandOptions& options) {
-    command.add_option("tree", options.tree, "The folder, as players shall have it")
+    command
+        .add_option("tree", options.tree,
+                    "The folder with the game, exactly as players should get it")
         ->required()
         ->check(CLI::ExistingDirectory);
     command.add_option("--version", options.version, "The release's version, such as 1.4.2")
         ->required();
     command.add_option("--key", options.privateKey, "The private key file")->required();
-    command.add_option("--to", options.root, "The channel root, which a web server serves")
+    command.add_option("--to", options.root, "The channel root that a web server serves")
         ->required();
     command.add_option("--channel", options.channel, "The channel's name")->capture_default_str();
     command.add_option("--notes", options.notesFile, "File with the release notes (UTF-8)");
-    command.add_flag("--mandatory", options.mandatory, "Nobody plays on without this release");
+    command.add_flag("--mandatory", options.mandatory,
+                     "Players must install this release before playing");
     command.add_option("--minimum-online-version", options.minimumOnlineVersion,
-                       "Nobody plays on with an older one");
+                       "Players below this version must update before playing");
     command.add_option("--protocol-version", options.protocolVersion, "For the game's own use")
         ->capture_default_str();
 }
@@ -71,12 +74,13 @@ void addManner(CLI::App& command, CommandOptions& options) {
     command.add_option("--public-key", options.publicKey,
                        "The file that players have (else the one beside the private key)");
     command.add_option("--passphrase-file", options.passphraseFile, passphraseHelp);
-    command.add_option("--keep", options.keep, "How many older releases stay on the disk")
+    command.add_option("--keep", options.keep, "Number of older releases to keep on the disk")
         ->capture_default_str();
     addJobs(command, options.threads, "Threads that read files");
-    command.add_flag("--allow-older", options.allowOlder, "Even if the live version isn't older");
+    command.add_flag("--allow-older", options.allowOlder,
+                     "Release even if the live version isn't older");
     command.add_flag("--new-key", options.allowNewKey,
-                     "Even if the live release was signed with another key");
+                     "Release even if the live release was signed with another key");
     command.add_flag("--link", options.linked,
                      "Hard links instead of copies; never change the tree's files in place then");
 }
@@ -86,7 +90,7 @@ void addManner(CLI::App& command, CommandOptions& options) {
 void addRelease(CLI::App& program) {
     const auto options = std::make_shared<CommandOptions>();
     CLI::App* command = program.add_subcommand(
-        "release", "Makes a folder with the game the channel's live release");
+        "release", "Turns a folder with the game into the channel's live release");
     addContent(*command, *options);
     addManner(*command, *options);
     command->callback([options] { run(*options); });

@@ -24,10 +24,11 @@ Descriptor openForReading(const std::filesystem::path& path) {
 
 Descriptor createFile(const std::filesystem::path& path, unsigned mode) {
     Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    // Once more, because open takes the umask's bits away.
     if (file && ::fchmod(file.get(), mode) == 0) {
         return file;
     }
-    const int reason = errno;
+    const int reason = errno; // unlink may set another
     if (file) {
         ::unlink(path.c_str());
     }
@@ -78,6 +79,7 @@ void writeNewFile(const std::filesystem::path& path, std::string_view text, unsi
     const Descriptor file = createFile(path, mode);
     try {
         writeAll(file, text.data(), text.size(), path);
+        // A key or a manifest that is gone after a power cut couldn't be made again.
         if (::fsync(file.get()) != 0) {
             failWithReason("can't write " + path.string());
         }
@@ -89,6 +91,7 @@ void writeNewFile(const std::filesystem::path& path, std::string_view text, unsi
 
 void flushDisk(const std::filesystem::path& path) {
     const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // fsync of a folder would bring its entries alone.
     if (!folder || ::syncfs(folder.get()) != 0) {
         failWithReason("can't bring to the disk what is in " + path.string());
     }

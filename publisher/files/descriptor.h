@@ -32,10 +32,12 @@ private:
 };
 
 // Each throws Failure with the file's name. They block on the disk; any thread.
-// never a link's target, a pipe or a device
+
+// Never a link's target, a pipe or a device.
 Descriptor openForReading(const std::filesystem::path& path);
-// which must not be there yet
+// The file must not be there yet.
 Descriptor createFile(const std::filesystem::path& path, unsigned mode);
+// Returns how many bytes were read, 0 at the end.
 std::size_t readSome(const Descriptor& file, void* buffer, std::size_t size,
                      const std::filesystem::path& path);
 void writeAll(const Descriptor& file, const void* data, std::size_t size,

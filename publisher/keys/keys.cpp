@@ -124,6 +124,7 @@ void makeKeyPair(const fs::path& folder, int bits, const std::optional<std::stri
 std::string fingerprintOf(const fs::path& publicKeyFile) {
     const std::string text = readWhole(publicKeyFile);
     std::vector<unsigned char> blob;
+    // Its own digest would make a fingerprint that no launcher could ever match.
     if (text.find("PRIVATE KEY") != std::string::npos) {
         throw Failure(publicKeyFile.string() + " is a private key: name the file " + publicKeyName +
                       " beside it");
@@ -143,6 +144,7 @@ PrivateKey::PrivateKey(const fs::path& file, const PassphraseSource& passphrase)
     Question question{file, passphrase, false, nullptr};
     key_.reset(memory ? ::PEM_read_bio_PrivateKey(memory.get(), nullptr, passphraseFor, &question)
                       : nullptr);
+    // What failed is told below; the queue would be found by the next call.
     ::ERR_clear_error();
     if (question.failure) {
         std::rethrow_exception(question.failure);

@@ -16,7 +16,7 @@ inline constexpr const char* privateKeyName = "update_private_key.pem";
 // as an installation's folder "data" has it
 inline constexpr const char* publicKeyName = "update_public_key.pem";
 
-// Gives the passphrase of a key file; asked only if the key is encrypted.
+// Returns the passphrase of a key file; asked only if the key is encrypted.
 using PassphraseSource = std::function<std::string(const std::filesystem::path& keyFile)>;
 
 // Makes a new pair in `folder`, made if missing: the private key as PKCS#8, mode 0600, encrypted
@@ -37,7 +37,7 @@ public:
     PrivateKey(const std::filesystem::path& file, const PassphraseSource& passphrase);
 
     // RSA PKCS#1 v1.5 over SHA-256 of `text`, as lower-case hexadecimal digits. The same text
-    // gives the same signature.
+    // has the same signature.
     std::string sign(std::string_view text) const;
     // The public half as makeKeyPair writes it.
     std::string publicText() const;

@@ -31,12 +31,14 @@ public:
             ::sigaddset(&interrupts, number);
         }
         ::sigprocmask(SIG_BLOCK, &interrupts, &maskBefore_);
+        // The signals are only looked at here. They take effect when the destructor lets them.
         interrupt_ = Descriptor(::signalfd(-1, &interrupts, SFD_CLOEXEC));
         if (!interrupt_ || !terminal_ || ::tcgetattr(terminal_.get(), &before_) != 0) {
             return;
         }
         termios silent = before_;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        // What was typed ahead was typed with echo, and is dropped.
         silenced_ = ::tcsetattr(terminal_.get(), TCSAFLUSH, &silent) == 0;
     }
     ~SilentTerminal() {
@@ -53,19 +55,29 @@ public:
     // Nothing if a signal came before the line's end.
     std::optional<std::string> ask(const std::string& question) const {
         writeAll(terminal_, question.data(), question.size(), "/dev/tty");
-        std::string line;
-        char c = 0;
-        bool interrupted = false;
-        while (!(interrupted = waitForSignal()) && readSome(terminal_, &c, 1, "/dev/tty") == 1 &&
-               c != '\n') {
-            line += c;
-        }
+        std::optional<std::string> line = readLine();
+        // Without echo the terminal hasn't shown the line's end either.
         writeAll(terminal_, "\n", 1, "/dev/tty");
-        return interrupted ? std::nullopt : std::optional(line);
+        return line;
     }
 
 private:
-    // Until there is something to read, or a signal, which stays where it is.
+    std::optional<std::string> readLine() const {
+        std::string line;
+        for (;;) {
+            if (waitForSignal()) {
+                return std::nullopt;
+            }
+            char c = 0;
+            const bool isEnd = readSome(terminal_, &c, 1, "/dev/tty") != 1 || c == '\n';
+            if (isEnd) {
+                return line;
+            }
+            line += c;
+        }
+    }
+
+    // Until there is something to read, or a signal, which stays where it is. True for a signal.
     bool waitForSignal() const {
         std::array<pollfd, 2> sources{
             {{terminal_.get(), POLLIN, 0}, {interrupt_.get(), POLLIN, 0}}};
@@ -97,6 +109,7 @@ std::string required(std::string passphrase, const std::string& source) {
 std::string passphrase(const std::filesystem::path& file, const std::filesystem::path& keyFile,
                        bool isNew) {
     if (!file.empty()) {
+        // One line, with the line end of either system.
         const std::string text = readWhole(file);
         return required(text.substr(0, text.find_first_of("\r\n")), file.string());
     }

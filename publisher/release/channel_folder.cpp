@@ -80,7 +80,7 @@ fs::path ChannelFolder::live() const {
         throw Failure(link_.string() +
                       " isn't a link to a release: move it away, or name another channel root");
     }
-    const fs::path target = (link_.parent_path() / fs::read_symlink(link_)).lexically_normal();
+    fs::path target = (link_.parent_path() / fs::read_symlink(link_)).lexically_normal();
     if (target.parent_path() != releases_.lexically_normal()) {
         throw Failure(link_.string() + " leads out of " + releases_.string() + ": move it away");
     }
@@ -102,7 +102,7 @@ fs::path ChannelFolder::freePlace(const std::string& version) const {
 }
 
 fs::path ChannelFolder::makeLive(const std::string& version) const {
-    const fs::path place = freePlace(version);
+    fs::path place = freePlace(version);
     // The link must never be on the disk before what it leads to.
     flushDisk(releases_);
     move(releases_ / newName, place);

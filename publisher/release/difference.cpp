@@ -11,6 +11,7 @@ namespace ca::publisher {
 
 Difference compareReleases(const update::UpdateManifest& older,
                            const update::UpdateManifest& newer) {
+    // What no file of the newer release has been found for yet.
     std::unordered_map<std::string_view, const update::ManifestFile*> left;
     for (const update::ManifestFile& file : older.files) {
         left.emplace(file.path, &file);
@@ -27,6 +28,7 @@ Difference compareReleases(const update::UpdateManifest& older,
             left.erase(before);
         }
     }
+    // From the list, which keeps its order, and not from the map.
     for (const update::ManifestFile& file : older.files) {
         if (left.contains(file.path)) {
             difference.removed.push_back(file);

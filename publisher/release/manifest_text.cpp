@@ -14,6 +14,7 @@ void addString(std::string& text, std::string_view value) {
         case '\\':
             (text += '\\') += c;
             break;
+        // The launcher's reader knows these escapes and no others.
         case '\n':
             text += "\\n";
             break;
@@ -63,6 +64,7 @@ std::string manifestText(const update::UpdateManifest& manifest) {
     (text += ",\n \"mandatory\": ") += word(manifest.mandatory);
     text += ",\n \"release_notes\": " + quoted(manifest.release_notes);
     text += ",\n \"channel\": " + quoted(manifest.channel) + ",\n \"files\": [\n";
+    // A hundred thousand files make some 20 MB.
     text.reserve(text.size() + manifest.files.size() * 200);
     const char* separator = "";
     for (const update::ManifestFile& file : manifest.files) {

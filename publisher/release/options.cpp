@@ -17,33 +17,29 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// Links are followed, as far as the paths are there.
 bool isWithin(const fs::path& inner, const fs::path& outer) {
     const fs::path relative =
         fs::weakly_canonical(inner).lexically_relative(fs::weakly_canonical(outer));
     return !relative.empty() && *relative.begin() != "..";
 }
 
-} // namespace
-
-std::vector<std::string> refusalsOf(const ReleaseOptions& options) {
-    std::vector<std::string> problems;
-    if (!isChannelName(options.channel)) {
-        problems.push_back("the channel \"" + shown(options.channel) +
-                           "\" has no usable name: take letters, digits, '-', '_' and '.'");
-    }
-    if (const std::string refusal = versionRefusal(options.version); !refusal.empty()) {
+void judgeVersions(const ReleaseOptions& options, std::vector<std::string>& problems) {
+    const std::string refusal = versionRefusal(options.version);
+    if (!refusal.empty()) {
         problems.push_back("--version " + refusal);
     }
     const std::string& minimum = options.minimumOnlineVersion;
-    if (const std::string refusal = versionRefusal(minimum); !minimum.empty() && !refusal.empty()) {
-        problems.push_back("--minimum-online-version " + refusal);
+    const std::string minimumRefusal = minimum.empty() ? "" : versionRefusal(minimum);
+    if (!minimumRefusal.empty()) {
+        problems.push_back("--minimum-online-version " + minimumRefusal);
     } else if (update::compareVersions(minimum, options.version) > 0) {
         problems.push_back("--minimum-online-version " + minimum +
                            " is newer than the release itself");
     }
-    if (!system::isUtf8(options.notes)) {
-        problems.push_back("the notes aren't UTF-8: save them as that");
-    }
+}
+
+void judgePlaces(const ReleaseOptions& options, std::vector<std::string>& problems) {
     if (fs::is_directory(options.tree) && isWithin(options.root, options.tree)) {
         problems.push_back(
             "the channel root " + options.root.string() +
@@ -55,6 +51,21 @@ std::vector<std::string> refusalsOf(const ReleaseOptions& options) {
                                place.string() + ", which everybody gets to see: move it elsewhere");
         }
     }
+}
+
+} // namespace
+
+std::vector<std::string> refusalsOf(const ReleaseOptions& options) {
+    std::vector<std::string> problems;
+    if (!isChannelName(options.channel)) {
+        problems.push_back("the channel \"" + shown(options.channel) +
+                           "\" has no usable name: take letters, digits, '-', '_' and '.'");
+    }
+    judgeVersions(options, problems);
+    if (!system::isUtf8(options.notes)) {
+        problems.push_back("the notes aren't UTF-8: save them as that");
+    }
+    judgePlaces(options, problems);
     return problems;
 }
 
@@ -75,6 +86,7 @@ std::vector<std::string> warningsAbout(const ReleaseOptions& options) {
         warnings.push_back(
             "the notes have fewer than 80 bytes: launchers show their own notes file instead");
     }
+    // Launchers draw printable ASCII and lay out line ends and tabs.
     const auto isHidden = [](unsigned char c) {
         return c >= 0x7F || (c < 0x20 && (c < 9 || c > 13));
     };

@@ -15,7 +15,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-auto header(const update::UpdateManifest& m) {
+// Everything but the files.
+auto ownFields(const update::UpdateManifest& m) {
     return std::tie(m.format, m.product, m.channel, m.platform, m.version, m.protocol_version,
                     m.minimum_online_version, m.mandatory, m.release_notes);
 }
@@ -44,20 +45,22 @@ void proveRelease(const fs::path& folder, const fs::path& publicKey,
                       "\", so it isn't published: is " + publicKey.string() +
                       " the other half of the private key?");
     }
-    if (header(seen) != header(expected) || seen.files.size() != expected.files.size()) {
+    // The launcher's reader searches rather than parses, so a value could be read as another field.
+    if (ownFields(seen) != ownFields(expected) || seen.files.size() != expected.files.size()) {
         throw Failure(
             "launchers would read another manifest than was written, so it isn't published");
     }
     for (std::size_t i = 0; i < seen.files.size(); ++i) {
-        std::error_code none;
-        const fs::path placed = folder / update::filesName / expected.files[i].path;
         if (fields(seen.files[i]) != fields(expected.files[i])) {
             throw Failure("launchers would read \"" + shown(seen.files[i].path) + "\" for " +
                           expected.files[i].path +
                           ", or another digest or size, so the release isn't published");
         }
-        if (!fs::is_regular_file(fs::symlink_status(placed, none)) ||
-            fs::file_size(placed, none) != seen.files[i].size) {
+        // The digest was computed from these bytes while they were placed.
+        std::error_code none;
+        const fs::path placed = folder / update::filesName / expected.files[i].path;
+        const bool isFile = fs::is_regular_file(fs::symlink_status(placed, none));
+        if (!isFile || fs::file_size(placed, none) != seen.files[i].size) {
             throw Failure(
                 placed.string() +
                 " isn't as it was written: look at the disk; the release isn't published");

@@ -28,6 +28,7 @@ void look(const fs::directory_entry& entry, Tree& tree) {
         return problem("is a link: put what it leads to in its place");
     }
     if (fs::is_directory(status)) {
+        // A manifest names files alone.
         if (fs::is_empty(entry.path())) {
             tree.warnings.push_back(shown(path) + " is an empty folder: players won't get it");
         }
@@ -39,6 +40,7 @@ void look(const fs::directory_entry& entry, Tree& tree) {
     if (const std::string refusal = refusalOf(path); !refusal.empty()) {
         return problem(refusal);
     }
+    // Better now than after an hour of copying.
     if (::access(entry.path().c_str(), R_OK) != 0) {
         return problem("can't be read: change its permissions");
     }
@@ -56,6 +58,7 @@ void compareNames(Tree& tree) {
         }
     }
     for (const TreeFile& file : tree.files) {
+        // Each folder on the way to the file.
         const std::wstring folded = foldedPath(file.path);
         for (std::size_t end = folded.find(L'/'); end != std::wstring::npos;
              end = folded.find(L'/', end + 1)) {

@@ -24,6 +24,7 @@ std::string_view firstOf(std::string_view text, char separator) {
 // Windows gives these names to devices in every folder, whatever follows a dot.
 bool isDeviceName(std::string_view component) {
     std::string name(firstOf(component, '.'));
+    // Windows drops spaces between the name and the dot.
     name.erase(name.find_last_not_of(' ') + 1);
     std::transform(name.begin(), name.end(), name.begin(),
                    [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
@@ -91,6 +92,7 @@ bool contains(const std::vector<std::wstring>& places, const std::wstring& place
 // Each caller keeps the result, since a tree may have a hundred thousand files.
 std::vector<std::wstring> foldedPlaces(const std::vector<std::filesystem::path>& places) {
     std::vector<std::wstring> result;
+    result.reserve(places.size());
     for (const std::filesystem::path& place : places) {
         result.push_back(foldedPath(place.generic_string()));
     }

@@ -20,6 +20,7 @@ namespace {
 // What exec takes; points into `texts`.
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         result.push_back(text.data());
     }

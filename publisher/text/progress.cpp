@@ -30,7 +30,7 @@ void Progress::add(std::uint64_t bytes) {
     if (!shown_) {
         return;
     }
-    // whoever comes meanwhile has nothing newer to show
+    // A thread that comes meanwhile has nothing newer to show, and doesn't wait.
     const std::unique_lock lock(drawing_, std::try_to_lock);
     if (!lock || Clock::now() - drawn_ < betweenDraws) {
         return;
@@ -42,6 +42,7 @@ void Progress::add(std::uint64_t bytes) {
 void Progress::draw(std::uint64_t done) const {
     const double part =
         total_ == 0 ? 1 : std::min(static_cast<double>(done) / static_cast<double>(total_), 1.0);
+    // Never 0, by which the speed is divided.
     const double seconds =
         std::max(std::chrono::duration<double>(Clock::now() - begin_).count(), 0.001);
     const std::string bar(static_cast<std::size_t>(part * barWidth), '#');

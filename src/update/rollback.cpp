@@ -28,6 +28,7 @@ RollbackEntry::RollbackEntry(const std::filesystem::path& place, const std::file
     : target(place), folder(place.parent_path()), backup(old) {}
 
 Rollback::~Rollback() {
+    std::vector<char>().swap(spareMemory_);
     const system::Patience patience(times);
     for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
         try {

@@ -8,7 +8,7 @@
 
 namespace ca::update {
 
-// One file that was touched, as the system takes its paths: undoing needs no memory of its own.
+// One file that was touched, as the system takes its paths: undoing makes none.
 struct RollbackEntry {
     // Its old version lies at `backup` now; an empty path when there was none.
     RollbackEntry(const std::filesystem::path& target, const std::filesystem::path& backup);
@@ -34,6 +34,9 @@ public:
     void commit() { entries_.clear(); }
 
 private:
+    // Given back to the heap before anything is undone, for the system's calls: when memory has run
+    // out, they would fail too.
+    std::vector<char> spareMemory_ = std::vector<char>(32 * 1024);
     std::vector<RollbackEntry> entries_;
 };
 

@@ -12,5 +12,6 @@ int main() {
     for (int i = 1; i + 1 < count; i += 2) {
         ::SetEnvironmentVariableW(words[i], *words[i + 1] == L'-' ? nullptr : words[i + 1]);
     }
+    ::LocalFree(words);
     ca::install::migrateUserData();
 }

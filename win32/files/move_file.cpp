@@ -40,32 +40,21 @@ int moveFile(const std::string& from, const std::string& to, bool replace) {
     return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
-// The folder that a path is in. Opened before anything changes: a folder that can't be opened
-// afterwards can't be flushed, and a rename that has happened must not look like one that failed.
+// The folder that a path is in. Opened before anything changes, while the path still leads there.
 class ParentFolder {
 public:
     explicit ParentFolder(const std::string& path)
         : descriptor_(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
 
-    // 0 or an errno value. EINVAL comes from a file system that has nothing to flush for a folder.
-    int flush() const {
-        const bool flushed = !descriptor_ || ::fsync(descriptor_.get()) == 0 || errno == EINVAL;
-        return flushed ? 0 : errno;
+    void flush() const {
+        if (descriptor_) {
+            ::fsync(descriptor_.get());
+        }
     }
 
 private:
     const Descriptor descriptor_;
 };
-
-BOOL flushBoth(const ParentFolder& target, const ParentFolder& source) {
-    for (const ParentFolder* folder : {&target, &source}) {
-        const int failed = folder->flush();
-        if (failed != 0) {
-            return fail(errorFromErrno(failed));
-        }
-    }
-    return TRUE;
-}
 
 } // namespace
 
@@ -87,5 +76,10 @@ BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
     if (moved != 0) {
         return failOnPath(moved, *source);
     }
-    return (flags & MOVEFILE_WRITE_THROUGH) != 0 ? flushBoth(targetFolder, sourceFolder) : TRUE;
+    // The new name stands, so the call has succeeded, whatever becomes of the flush.
+    if ((flags & MOVEFILE_WRITE_THROUGH) != 0) {
+        targetFolder.flush();
+        sourceFolder.flush();
+    }
+    return TRUE;
 }

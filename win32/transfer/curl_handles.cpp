@@ -3,7 +3,6 @@
 #include "crypto/openssl.h"
 
 #include <mutex>
-#include <utility>
 #include <vector>
 
 namespace ca::win32 {
@@ -11,11 +10,14 @@ namespace ca::win32 {
 namespace {
 
 // One transfer at a time is usual: the launcher has one job.
-constexpr std::size_t mostIdlePairs = 4;
+constexpr std::size_t mostIdle = 4;
 
 struct Idle {
+    // Now, because giving a handle back must not fail.
+    Idle() { multis.reserve(mostIdle); }
+
     std::mutex mutex;
-    std::vector<std::pair<CURL*, CURLM*>> pairs;
+    std::vector<CURLM*> multis;
 };
 
 Idle& idle() {
@@ -38,33 +40,31 @@ CurlHandles::CurlHandles() {
     startCurl();
     {
         const std::lock_guard lock(idle().mutex);
-        if (!idle().pairs.empty()) {
-            std::tie(easy_, multi_) = idle().pairs.back();
-            idle().pairs.pop_back();
+        if (!idle().multis.empty()) {
+            multi_ = idle().multis.back();
+            idle().multis.pop_back();
             return;
         }
     }
-    easy_ = ::curl_easy_init();
     multi_ = ::curl_multi_init();
 }
 
 CurlHandles::~CurlHandles() {
-    if (*this) {
-        // Options and callbacks go; what makes a later transfer faster stays.
-        ::curl_easy_reset(easy_);
+    ::curl_easy_cleanup(easy_); // null is fine, for the other call too
+    {
         const std::lock_guard lock(idle().mutex);
-        if (idle().pairs.size() < mostIdlePairs) {
-            idle().pairs.emplace_back(easy_, multi_);
+        if (multi_ != nullptr && idle().multis.size() < mostIdle) {
+            idle().multis.push_back(multi_);
             return;
         }
     }
-    // Enough pairs are kept already, or one half of this one is missing.
-    if (easy_ != nullptr) {
-        ::curl_easy_cleanup(easy_);
-    }
-    if (multi_ != nullptr) {
-        ::curl_multi_cleanup(multi_);
-    }
+    ::curl_multi_cleanup(multi_);
+}
+
+bool CurlHandles::renew() {
+    ::curl_easy_cleanup(easy_);
+    easy_ = multi_ != nullptr ? ::curl_easy_init() : nullptr;
+    return easy_ != nullptr;
 }
 
 } // namespace ca::win32

@@ -1,14 +1,15 @@
-// The pair of libcurl's handles that one transfer needs.
+// The pair of libcurl's handles that one request needs.
 #pragma once
 
 #include <curl/curl.h>
 
 namespace ca::win32 {
 
-// Takes a pair that an earlier transfer left behind, or makes one, and leaves it behind for a later
-// one. What stays in it from transfer to transfer is memory, resolved names (a minute) and TLS
-// sessions, but no connection and no option. Any thread. Up to four pairs that nobody uses are kept
-// until the process ends.
+// The easy handle is new for every request: libcurl 7.88 keeps a pointer to the last header field
+// of the response before, and a first field that begins with a space is written through it. The
+// multi handle comes from an earlier transfer, with the names that it has resolved (for a minute),
+// and is left behind for a later one; up to four that nobody uses are kept until the process ends.
+// Any thread.
 class CurlHandles {
 public:
     CurlHandles();
@@ -17,8 +18,9 @@ public:
     // The easy handle must not be in the multi handle any more.
     ~CurlHandles();
 
-    // False if there was no memory for them.
-    explicit operator bool() const { return easy_ != nullptr && multi_ != nullptr; }
+    // Replaces the easy handle by a new one, without options. False if there is no memory for it,
+    // or was none for the multi handle; the easy handle is null then.
+    bool renew();
 
     CURL* easy() const { return easy_; }
     CURLM* multi() const { return multi_; }

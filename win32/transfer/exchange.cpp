@@ -62,9 +62,7 @@ Exchange::Exchange(const TransferSettings& settings)
     : settings_(settings), fields_(settings.decompression) {}
 
 Exchange::~Exchange() {
-    if (curl_) {
-        stop();
-    }
+    stop();
 }
 
 bool Exchange::fail(DWORD number) {
@@ -73,8 +71,9 @@ bool Exchange::fail(DWORD number) {
     return false;
 }
 
+// A new handle with all options: nothing of an earlier response is left in it.
 bool Exchange::prepare() {
-    if (!curl_ || fields_.list() == nullptr) {
+    if (!curl_.renew() || fields_.list() == nullptr) {
         return fail(ERROR_NOT_ENOUGH_MEMORY);
     }
     const auto set = [this](CURLoption option, auto value) {
@@ -99,6 +98,9 @@ bool Exchange::start() {
     sent_ = false;
     paused_ = false;
     ended_ = false;
+    if (!prepare()) {
+        return false;
+    }
     if (::curl_easy_setopt(curl_.easy(), CURLOPT_URL, settings_.url.c_str()) != CURLE_OK ||
         ::curl_multi_add_handle(curl_.multi(), curl_.easy()) != CURLM_OK) {
         return fail(ERROR_NOT_ENOUGH_MEMORY);
@@ -107,7 +109,9 @@ bool Exchange::start() {
 }
 
 void Exchange::stop() {
-    ::curl_multi_remove_handle(curl_.multi(), curl_.easy());
+    if (curl_.easy() != nullptr) {
+        ::curl_multi_remove_handle(curl_.multi(), curl_.easy());
+    }
 }
 
 bool Exchange::receiveHeaders() {
@@ -223,14 +227,14 @@ void Exchange::takeHeaderLine(std::string_view line) {
 // libcurl is C: nothing may be thrown through it. 0 bytes taken ends the transfer.
 std::size_t Exchange::onHeaderLine(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& exchange = *static_cast<Exchange*>(self);
-    // The trailer of a chunked body comes here too.
-    if (exchange.headers_.complete()) {
-        return size * count;
-    }
+    // The trailer of a chunked body comes here too, and counts: libcurl keeps all of it.
     exchange.headerBytes_ += size * count;
     if (exchange.headerBytes_ > maximumHeaderBytes) {
         exchange.failure_ = ERROR_WINHTTP_HEADER_SIZE_OVERFLOW;
         return 0;
+    }
+    if (exchange.headers_.complete()) {
+        return size * count;
     }
     try {
         exchange.takeHeaderLine({bytes, size * count});

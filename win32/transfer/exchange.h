@@ -19,8 +19,6 @@ public:
     Exchange& operator=(const Exchange&) = delete;
     ~Exchange();
 
-    // Before anything else: prepares the handles.
-    bool prepare();
     // Connects and sends the request for the URL in the settings.
     bool start();
     // Breaks the exchange off, so that the next may start.
@@ -39,6 +37,7 @@ public:
     bool fail(DWORD number);
 
 private:
+    bool prepare();
     template <class Condition>
     bool pump(Condition condition);
     template <class Condition>

@@ -16,7 +16,7 @@ Transfer::Transfer(TransferSettings settings)
     : settings_(std::move(settings)), exchange_(settings_) {}
 
 bool Transfer::send() {
-    return exchange_.prepare() && exchange_.start();
+    return exchange_.start();
 }
 
 bool Transfer::receive() {
