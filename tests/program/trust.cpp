@@ -3,10 +3,16 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
 #include <wincrypt.h>
 
-int main(int, char* words[]) {
+int main() {
+    // Windows hands main its words in a code page, and C++ libraries differ in which one they
+    // take a path's text for.
+    int count = 0;
+    wchar_t** const words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
     const std::string bytes = ca::test::readFile(words[1]);
+    ::LocalFree(words);
     const HCERTSTORE store =
         ::CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, CERT_SYSTEM_STORE_CURRENT_USER, L"Root");
     const bool added = ::CertAddEncodedCertificateToStore(

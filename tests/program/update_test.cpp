@@ -54,7 +54,7 @@ TEST(Update, ComesBySecureConnectionsAlone) {
         issue good localhost 2 known
         issue unknown localhost 2 unknown
         issue other anchor.example 2 known
-        issue expired localhost -1 known
+        issue expired localhost 0 known # over within the second; OpenSSL takes no less since 3.4
         openssl x509 -in known.pem -outform der -out known.der)");
     s.environment.push_back("SSL_CERT_FILE=" + (s.folder / "known.pem").string());
     if (!programRunner().empty()) {
