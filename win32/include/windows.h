@@ -138,9 +138,9 @@ DWORD GetCurrentProcessId();
 // leaves the last error alone. Must not run while another thread changes the environment.
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 
-// All variables as "NAME=value", a zero behind each and one more at the end; what isn't UTF-8 is left
-// out. Freed by the second call. Null without memory. Must not run while another thread changes the
-// environment.
+// All variables as "NAME=value", a zero behind each and one more at the end. What isn't UTF-8 is
+// left out. Freed by the second call; null without memory. Must not run while another thread
+// changes the environment.
 LPWSTR GetEnvironmentStringsW();
 BOOL FreeEnvironmentStringsW(LPWSTR block);
 
