@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::wstring_view prefix = L"SDL";
 
-constexpr std::array<std::wstring_view, 2> harmless{L"SDL_RENDER_DRIVER", L"SDL_VIDEO_DRIVER"};
+constexpr std::array<std::wstring_view, 3> harmless{L"SDL_FRAMEBUFFER_ACCELERATION",
+                                                    L"SDL_RENDER_DRIVER", L"SDL_VIDEO_DRIVER"};
 
 // Windows finds a variable by its name in any case.
 std::wstring upperCase(std::wstring text) {

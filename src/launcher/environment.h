@@ -5,7 +5,7 @@ namespace ca::launcher {
 
 // Removes the variables by which SDL would load a library or write files: a variable of the
 // player's account reaches an elevated launcher, too. All whose names begin with "SDL" go, in any
-// case, but the two that choose among the drivers that are built in. Main thread, before SDL's
+// case, but those that choose among the drivers that are built in. Main thread, before SDL's
 // first function and before any other thread.
 void removeOrders();
 
