@@ -3,7 +3,6 @@
 #include "publisher/release/channel_folder.h"
 #include "publisher/serve/serve.h"
 #include "shared/nginx.h"
-#include "update/digest.h"
 #include "update/key_fingerprint.h"
 #include "update/updater.h"
 
@@ -11,6 +10,7 @@
 #include <sys/stat.h>
 
 using namespace ca::test;
+using namespace ca::publisher;
 
 namespace {
 char pinned[65];
@@ -20,8 +20,8 @@ const std::string_view ca::update::keyFingerprint(pinned, 64);
 const fs::path& ca::test::keyFolder() {
     static const TemporaryFolder folder;
     if (pinned[0] == 0) {
-        publisher::makeKeyPair(folder.path(), 2048, std::nullopt);
-        std::memcpy(pinned, publisher::fingerprintOf(folder / publisher::publicKeyName).data(), 64);
+        makeKeyPair(folder.path(), 2048, std::nullopt);
+        std::memcpy(pinned, fingerprintOf(folder / publicKeyName).data(), 64);
     }
     return folder.path();
 }
@@ -46,16 +46,14 @@ TEST(Release, IsWhatLaunchersInstall) {
     s.options.threads = 3;
     s.expectRelease();
 
-    const ca::kit::Nginx server(s.folder / "nginx",
-                                {s.root, 0, std::string(publisher::channelConfiguration)});
-    for (const publisher::CheckResult& seen : {s.check(), s.check(server.url())}) {
+    const ca::kit::Nginx server(s.folder / "nginx", {s.root, 0, std::string(channelConfiguration)});
+    for (const CheckResult& seen : {s.check(), s.check(server.url())}) {
         EXPECT_TRUE(seen.findings.empty())
             << seen.findings.front().where << seen.findings.front().what;
         EXPECT_EQ(seen.manifest.files.size(), files.size() + 4);
     }
     const fs::path game = s.folder / "installation";
-    writeFile(game / "data/update_public_key.pem",
-              readFile(keyFolder() / publisher::publicKeyName));
+    writeFile(game / "data/update_public_key.pem", readFile(keyFolder() / publicKeyName));
     ca::update::Updater updater(game);
     updater.serverUrl = server.url();
     ca::update::UpdatePlan plan;
@@ -137,7 +135,7 @@ TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
     s.options.minimumOnlineVersion = "1.6";
     s.options.notes = "\xFF";
     s.options.channel = "../x";
-    for (const char* path : {"Data/FIRST.dat", "a", "A/b", "save/x", "b?"}) {
+    for (const char* path : {"Data/FIRST.dat", "a", "A/b", "save/x"}) {
         s.put(path, "x");
     }
     fs::create_symlink("a", s.tree / "link");
@@ -146,10 +144,10 @@ TEST(Release, RefusesAllThatIsWrongAtOnceAndChangesNothing) {
     for (const char* part :
          {"--minimum-online-version 1.6 is newer", "aren't UTF-8", "\"../x\" has no usable name",
           "are one file on Windows", "A/b needs a folder where a is a file", "save/x lies",
-          "b? has '?'", "link is a link", "pipe is neither"}) {
+          "link is a link", "pipe is neither"}) {
         expectPart(text, part);
     }
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 8) << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 7) << text;
     s.options.channel = "stable";
     EXPECT_EQ(fs::canonical(s.live), live);
     EXPECT_TRUE(s.check().good());
@@ -170,23 +168,23 @@ TEST(Release, GuardsTheKeyTheRootAndTheSwitch) {
     EXPECT_EQ(std::count(s.warnings.begin(), s.warnings.end(), '\n'), 5);
 
     const TemporaryFolder other;
-    publisher::makeKeyPair(other.path(), 2048, std::nullopt);
+    makeKeyPair(other.path(), 2048, std::nullopt);
     s.options.version = "1.5";
-    s.options.publicKey = other / publisher::publicKeyName; // not the other half
+    s.options.publicKey = other / publicKeyName; // not the other half
     s.expectRefusal("isn't signed with this key");
     s.options.allowNewKey = true;
     s.expectRefusal("manifest_signature_verify_failed");
-    s.options.privateKey = other / publisher::privateKeyName;
+    s.options.privateKey = other / privateKeyName;
     fs::remove(s.options.publicKey); // derived then
     s.options.publicKey.clear();
     EXPECT_TRUE(s.check().good());
     s.expectRelease();
-    EXPECT_FALSE(fs::exists(s.live / publisher::publicKeyName));
+    EXPECT_FALSE(fs::exists(s.live / publicKeyName));
     EXPECT_FALSE(s.check().good());
 
     s.options.version = "1.6";
     {
-        const publisher::ChannelFolder busy(s.root, "stable");
+        const ChannelFolder busy(s.root, "stable");
         s.expectRefusal("another release is being made");
     }
     s.options.root = s.tree / "channel";

@@ -13,7 +13,6 @@
 namespace ca::test {
 
 namespace fs = std::filesystem;
-namespace publisher = ca::publisher;
 using Lines = std::vector<std::string>;
 
 inline void expectPart(const std::string& text, const std::string& part) {
