@@ -51,14 +51,18 @@ TEST(Pem, IsDecodedBetweenItsMarkers) {
         return "-----BEGIN PUBLIC KEY-----\n" + text + "\n-----END PUBLIC KEY-----\n";
     };
     using Row = std::pair<std::string, std::string>;
-    for (const auto& [text, result] :
-         {Row(framed("QUJD\nREVG"), "ABCDEF"), Row(framed("QU JD\t\r"), "ABC"),
-          Row("before\n-----BEGIN A-----QUJD-----END B-----after", "ABC"),
-          Row(framed("QUJD") + framed("REVG"), "ABC"), Row(framed("QUI"), "AB"),
-          Row(framed("QQ==REVG"), "A"), Row(framed("QU*D"), ""), Row(framed("QU\xE9+"), ""),
-          Row(framed(""), ""), Row(framed("QUJD").substr(1), ""),
-          Row(framed("QUJD").substr(0, 40), ""),
-          Row("-----begin A-----\nQUJD\n-----end A-----", "")}) {
+    for (const auto& [text, result] : {Row(framed("QUJD\nREVG"), "ABCDEF"),
+                                       {framed("QU JD\t\r"), "ABC"},
+                                       {"before\n-----BEGIN A-----QUJD-----END B-----after", "ABC"},
+                                       {framed("QUJD") + framed("REVG"), "ABC"},
+                                       {framed("QUI"), "AB"},
+                                       {framed("QQ==REVG"), "A"},
+                                       {framed("QU*D"), ""},
+                                       {framed("QU\xE9+"), ""},
+                                       {framed(""), ""},
+                                       {framed("QUJD").substr(1), ""},
+                                       {framed("QUJD").substr(0, 40), ""},
+                                       {"-----begin A-----\nQUJD\n-----end A-----", ""}}) {
         BYTE bytes[64];
         for (BYTE* buffer : {static_cast<BYTE*>(nullptr), bytes}) { // the size is told first
             DWORD size = 64;

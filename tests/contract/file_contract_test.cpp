@@ -16,14 +16,16 @@ TEST(Files, OpenByTheirDisposition) {
     fs::create_directory(folder / "sub");
     using Row = std::tuple<const char*, DWORD, DWORD, DWORD>;
     for (const auto& [name, access, disposition, error] :
-         {Row("new", writing, CREATE_NEW, 0), Row("new", writing, CREATE_NEW, ERROR_FILE_EXISTS),
-          Row("new", writing, CREATE_ALWAYS, ERROR_ALREADY_EXISTS),
-          Row("new2", writing, CREATE_ALWAYS, 0), Row("old", reading, OPEN_EXISTING, 0),
-          Row("no", reading, OPEN_EXISTING, ERROR_FILE_NOT_FOUND),
-          Row("no/x", writing, CREATE_NEW, ERROR_PATH_NOT_FOUND),
-          Row("sub", reading, OPEN_EXISTING, ERROR_ACCESS_DENIED),
-          Row("sub", writing, CREATE_ALWAYS, ERROR_ACCESS_DENIED),
-          Row("sub", writing, CREATE_NEW, ERROR_FILE_EXISTS)}) {
+         {Row("new", writing, CREATE_NEW, 0),
+          {"new", writing, CREATE_NEW, ERROR_FILE_EXISTS},
+          {"new", writing, CREATE_ALWAYS, ERROR_ALREADY_EXISTS},
+          {"new2", writing, CREATE_ALWAYS, 0},
+          {"old", reading, OPEN_EXISTING, 0},
+          {"no", reading, OPEN_EXISTING, ERROR_FILE_NOT_FOUND},
+          {"no/x", writing, CREATE_NEW, ERROR_PATH_NOT_FOUND},
+          {"sub", reading, OPEN_EXISTING, ERROR_ACCESS_DENIED},
+          {"sub", writing, CREATE_ALWAYS, ERROR_ACCESS_DENIED},
+          {"sub", writing, CREATE_NEW, ERROR_FILE_EXISTS}}) {
         ::SetLastError(1);
         const HANDLE file = open(folder / name, access, disposition);
         EXPECT_EQ(::GetLastError(), error) << name << " " << disposition;
@@ -68,13 +70,16 @@ TEST(Files, MoveInOneStep) {
     fs::create_directories(folder / "empty");
     constexpr DWORD over = MOVEFILE_REPLACE_EXISTING;
     using Row = std::tuple<const char*, const char*, DWORD, DWORD>;
-    for (const auto& [from, to, flags, error] :
-         {Row("a", "sub/b", 0, ERROR_ALREADY_EXISTS), Row("a", "sub", 0, ERROR_ALREADY_EXISTS),
-          Row("a", "sub", over, ERROR_ACCESS_DENIED),
-          Row("sub", "empty", over, ERROR_ACCESS_DENIED),
-          Row("no", "c", over, ERROR_FILE_NOT_FOUND), Row("no/x", "c", over, ERROR_PATH_NOT_FOUND),
-          Row("a", "no/x", over, ERROR_PATH_NOT_FOUND), Row("a", "c", 0, 0),
-          Row("c", "sub/b", over | MOVEFILE_WRITE_THROUGH, 0), Row("sub", "d", 0, 0)}) {
+    for (const auto& [from, to, flags, error] : {Row("a", "sub/b", 0, ERROR_ALREADY_EXISTS),
+                                                 {"a", "sub", 0, ERROR_ALREADY_EXISTS},
+                                                 {"a", "sub", over, ERROR_ACCESS_DENIED},
+                                                 {"sub", "empty", over, ERROR_ACCESS_DENIED},
+                                                 {"no", "c", over, ERROR_FILE_NOT_FOUND},
+                                                 {"no/x", "c", over, ERROR_PATH_NOT_FOUND},
+                                                 {"a", "no/x", over, ERROR_PATH_NOT_FOUND},
+                                                 {"a", "c", 0, 0},
+                                                 {"c", "sub/b", over | MOVEFILE_WRITE_THROUGH, 0},
+                                                 {"sub", "d", 0, 0}}) {
         EXPECT_EQ(result(::MoveFileExW(wideFromPath(folder / from).c_str(),
                                        wideFromPath(folder / to).c_str(), flags)),
                   error)

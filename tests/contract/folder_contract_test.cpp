@@ -1,8 +1,6 @@
 // What the update helper asks of the system: names, copies, links and folders. How it waits for a
-// process is tested in tests/helper.
+// process and tells programs is tested in tests/helper.
 #include "contract.h"
-
-#include <shellapi.h>
 
 using namespace ca::test;
 
@@ -82,27 +80,4 @@ TEST(Folders, AreListedAndPathsMadeWhole) {
                                             buffer.data(), nullptr);
     EXPECT_EQ(buffer.substr(0, length), whole);
     EXPECT_EQ(::GetFullPathNameW(whole.c_str(), length, buffer.data(), nullptr), length + 1);
-}
-
-TEST(Programs, AreTold) {
-    const TemporaryFolder folder;
-    const auto kindOf = [&](const fs::path& file) {
-        DWORD kind = 99;
-        ::SetLastError(0);
-        return ::GetBinaryTypeW(wideFromPath(file).c_str(), &kind) ? kind : 1000 + ::GetLastError();
-    };
-    EXPECT_EQ(kindOf(childProgram()), DWORD{SCS_64BIT_BINARY});
-    for (const char* bytes : {"", "MZ, or so"}) { // where Wine 8 gives no number
-        EXPECT_EQ(kindOf(writeFile(folder / "text.exe", bytes)),
-                  1000U + (onWindows ? 0U : ERROR_BAD_EXE_FORMAT));
-    }
-    EXPECT_EQ(kindOf(folder / "none.exe"), 1000U + ERROR_FILE_NOT_FOUND);
-
-    const std::wstring line = LR"("C:\a b\x.exe" --pid 7 "" "x\\" a\\b "c\"d" é)";
-    int count = 0;
-    LPWSTR* words = ::CommandLineToArgvW(line.c_str(), &count);
-    EXPECT_EQ(std::vector<std::wstring>(words, words + count),
-              (std::vector<std::wstring>{LR"(C:\a b\x.exe)", L"--pid", L"7", L"", LR"(x\)",
-                                         LR"(a\\b)", L"c\"d", L"é"}));
-    EXPECT_EQ(::LocalFree(words), nullptr);
 }

@@ -7,12 +7,18 @@ TEST(Text, IsWidenedOrRefused) {
     // more than one name none.
     using Row = std::tuple<std::string, std::wstring, bool>;
     for (const auto& [bytes, lenient, wellFormed] :
-         {Row("ab", L"ab", true), Row(std::string("a\0b", 3), std::wstring(L"a\0b", 3), true),
-          Row("é€\U0001F600", L"é€\U0001F600", true), Row("\xF4\x8F\xBF\xBF", L"\U0010FFFF", true),
-          Row("\x80", L"\uFFFD", false), Row("\xE2\x82", L"\uFFFD", false),
-          Row("\xF0\x9F\x98", L"\uFFFD", false), Row("\xE2\x82z", L"\uFFFDz", false),
-          Row("\xC0\x80", L"", false), Row("\xE0\x80\x80", L"", false),
-          Row("\xED\xA0\x80", L"", false), Row("\xF4\x90\x80\x80", L"", false)}) {
+         {Row("ab", L"ab", true),
+          {std::string("a\0b", 3), std::wstring(L"a\0b", 3), true},
+          {"é€\U0001F600", L"é€\U0001F600", true},
+          {"\xF4\x8F\xBF\xBF", L"\U0010FFFF", true},
+          {"\x80", L"\uFFFD", false},
+          {"\xE2\x82", L"\uFFFD", false},
+          {"\xF0\x9F\x98", L"\uFFFD", false},
+          {"\xE2\x82z", L"\uFFFDz", false},
+          {"\xC0\x80", L"", false},
+          {"\xE0\x80\x80", L"", false},
+          {"\xED\xA0\x80", L"", false},
+          {"\xF4\x90\x80\x80", L"", false}}) {
         const int size = static_cast<int>(bytes.size());
         wchar_t wide[8];
         const int count = ::MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, wide, 8);

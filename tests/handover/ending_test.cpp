@@ -63,20 +63,20 @@ TEST(Ending, HandsOverOrStays) {
     };
     const std::string prompt = "runas/--elevated-update",
                       helper = helperName + " " + std::to_string(CREATE_NO_WINDOW);
-    for (const Row& row : std::initializer_list<Row>{
-             {false, false,
+    for (const Row& row :
+         {Row{false, false,
               "5, UPDATE PERMISSION DENIED, WINDOWS UAC WAS CANCELLED OR COULD NOT START, 1.4.2, "
               "notes, 0 of 4005, 1100",
               prompt},
-             {true, false,
-              "5, LAUNCHER SELF-UPDATE FAILED, COULD NOT START UPDATE HELPER, 1.4.2, notes, "
-              "4005 of 4005, 1100",
-              helper},
-             {true, true, "6, LAUNCHER UPDATED, RESTARTING..., 1.4.2, notes, 5 of 5, 1111", helper},
-             {false, true,
-              "6, WINDOWS PERMISSION REQUIRED, OPENING UAC TO INSTALL THE UPDATE..., 1.4.2, notes, "
-              "0 of 5, 1111",
-              prompt}}) {
+          {true, false,
+           "5, LAUNCHER SELF-UPDATE FAILED, COULD NOT START UPDATE HELPER, 1.4.2, notes, "
+           "4005 of 4005, 1100",
+           helper},
+          {true, true, "6, LAUNCHER UPDATED, RESTARTING..., 1.4.2, notes, 5 of 5, 1111", helper},
+          {false, true,
+           "6, WINDOWS PERMISSION REQUIRED, OPENING UAC TO INSTALL THE UPDATE..., 1.4.2, notes, "
+           "0 of 5, 1111",
+           prompt}}) {
         startSucceeds = row.succeeds;
         s.shared.state.exitRequested = false;
         EXPECT_EQ(s.run(row.elevated), row.ending);
@@ -112,7 +112,7 @@ TEST(Ending, NeedsTheMarker) {
 TEST(Ending, RequiresAnUpdateWhereTheChannelSaysSo) {
     using Row = std::tuple<bool, const char*, std::string>;
     for (const auto& [mandatory, minimum, required] :
-         {Row(true, "", "1"), Row(false, "1.4.1.1", "1"), Row(false, "1.4.1", "0")}) {
+         {Row(true, "", "1"), {false, "1.4.1.1", "1"}, {false, "1.4.1", "0"}}) {
         Job s;
         s.release.mandatory = mandatory;
         s.release.minimumOnlineVersion = minimum;

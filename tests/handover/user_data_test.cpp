@@ -43,9 +43,9 @@ TEST(UserData, GoesWhereTheEnvironmentSays) {
     using Row = std::tuple<std::string, std::string, fs::path>;
     for (const auto& [local, roaming, place] :
          {Row(shownPath(s.a / "Ünal 船"), shownPath(s.a / "b"), s.a / "Ünal 船/ColdAnchor"),
-          Row("", shownPath(s.a / "b"), s.a / "b/ColdAnchor"),
-          Row("-", shownPath(s.a / "c"), s.a / "c/ColdAnchor"),
-          Row("", "-", s.game / "userdata")}) {
+          {"", shownPath(s.a / "b"), s.a / "b/ColdAnchor"},
+          {"-", shownPath(s.a / "c"), s.a / "c/ColdAnchor"},
+          {"", "-", s.game / "userdata"}}) {
         s.run(local, roaming);
         EXPECT_EQ(readFile(place / "saves/profile_v07.sav"), "ashore") << place;
     }
@@ -56,12 +56,12 @@ TEST(UserData, LosesNothingWhereACopyFails) {
     for (const auto& [cause, changes] :
          {Row("chmod 0 ../game/save/profile_v07.sav",
               {"ColdAnchor/", "ColdAnchor/saves/", "ColdAnchor/saves/settings_v01.cfg"}),
-          Row("mkdir -p ColdAnchor/saves; echo mine >ColdAnchor/saves/settings_v01.cfg",
-              {"ColdAnchor/saves/profile_v07.sav"}),
-          Row("mkdir -p ColdAnchor/saves/profile_v07.sav; touch ColdAnchor/saves/settings_v01.cfg",
-              {}),
-          Row("mkdir -p ColdAnchor/saves; chmod 555 ColdAnchor/saves", {}),
-          Row("mkdir ColdAnchor; echo mine >ColdAnchor/saves", {})}) {
+          {"mkdir -p ColdAnchor/saves; echo mine >ColdAnchor/saves/settings_v01.cfg",
+           {"ColdAnchor/saves/profile_v07.sav"}},
+          {"mkdir -p ColdAnchor/saves/profile_v07.sav; touch ColdAnchor/saves/settings_v01.cfg",
+           {}},
+          {"mkdir -p ColdAnchor/saves; chmod 555 ColdAnchor/saves", {}},
+          {"mkdir ColdAnchor; echo mine >ColdAnchor/saves", {}}}) {
         if (!programRunner().empty() && cause.find("chmod") != std::string::npos) {
             continue; // Wine runs as whoever runs the tests, whom rights may not bind
         }

@@ -18,8 +18,9 @@ TEST(HelperCalls, RetryWhatPassesAndNothingElse) {
     using Row = std::tuple<const char*, int, bool>;
     for (const auto& [injection, status, tidy] :
          {Row("link:error=EPERM", 0, true), // a volume without hard links: a copy is kept
-          Row("rename:error=EBUSY:when=1..2", 0, true), Row("rename:error=EROFS", 16, true),
-          Row("unlink,rmdir:error=EACCES", 0, false)}) {
+          {"rename:error=EBUSY:when=1..2", 0, true},
+          {"rename:error=EROFS", 16, true},
+          {"unlink,rmdir:error=EACCES", 0, false}}) {
         SCOPED_TRACE(injection);
         const Installation i;
         EXPECT_EQ(i.run(i.arguments(), underStrace("/dev/null", injection)), status);
@@ -104,7 +105,7 @@ TEST(HelperDisk, WaitsForWhoHoldsTheLauncherOpen) {
     }
     using Row = std::tuple<const char*, const char*, int>;
     for (const auto& [share, milliseconds, status] :
-         {Row("0", "2000", 0), Row("1", "600000", 16), Row("5", "600000", 0)}) {
+         {Row("0", "2000", 0), {"1", "600000", 16}, {"5", "600000", 0}}) {
         const Installation i;
         Process holder(
             commandOf(builtProgram("hold_file.exe"),

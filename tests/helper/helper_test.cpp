@@ -17,11 +17,19 @@ TEST(Helper, RefusesEveryOtherCommandLine) {
         EXPECT_EQ(i.run(words), status) << word;
     };
     using Word = std::pair<std::size_t, const char*>;
-    for (const auto& [at, word] :
-         {Word(0, "--wait"), Word(1, ""), Word(1, "0"), Word(1, "-1"), Word(1, " 12"),
-          Word(1, "12x"), Word(1, "4294967296"), Word(1, "99999999999999999999"),
-          Word(2, "--target"), Word(3, ""), Word(4, "--replace"), Word(5, ""),
-          Word(6, "--Relaunch")}) {
+    for (const auto& [at, word] : {Word(0, "--wait"),
+                                   {1, ""},
+                                   {1, "0"},
+                                   {1, "-1"},
+                                   {1, " 12"},
+                                   {1, "12x"},
+                                   {1, "4294967296"},
+                                   {1, "99999999999999999999"},
+                                   {2, "--target"},
+                                   {3, ""},
+                                   {4, "--replace"},
+                                   {5, ""},
+                                   {6, "--Relaunch"}}) {
         expectStatus(10, at, word);
     }
     expectStatus(11, 5, shownPath(i.game / "ColdAnchor.exe"));
@@ -31,9 +39,9 @@ TEST(Helper, RefusesEveryOtherCommandLine) {
     const fs::path otherGame = i.game.string() + "x";
     for (const fs::path& path :
          {i.target, i.stage, i.stage / "", outside / launcherName, i.stage / "../../x.exe",
-          work / "stage-/x.exe", work / "stage-1a/x.exe", work / "backup-17/x.exe",
-          otherGame / i.staged.lexically_relative(i.game), work / "stage-17" / launcherName,
-          i.stage / "link" / launcherName}) {
+          work / "stage-/x.exe", work / "stage-1a/x.exe", work / "stage1/x.exe",
+          work / "backup-17/x.exe", otherGame / i.staged.lexically_relative(i.game),
+          work / "stage-17" / launcherName, i.stage / "link" / launcherName}) {
         expectStatus(12, 3, shownPath(path));
     }
     auto words = i.arguments();
@@ -57,9 +65,9 @@ TEST(Helper, RefusesEveryOtherCommandLine) {
 TEST(Helper, ReplacesStartsAndTidiesUp) {
     const std::string deep = "tiefe Ordner/" + std::string(120, 'd') + "/" + std::string(130, 'e');
     using Row = std::pair<std::string, fs::path>;
-    for (const auto& [place, staged] :
-         {Row("game", launcherName), Row("Größe XL アンカー", "tools/ä b/" + launcherName),
-          Row("game", deep + "/" + launcherName)}) {
+    for (const auto& [place, staged] : {Row("game", launcherName),
+                                        {"Größe XL アンカー", "tools/ä b/" + launcherName},
+                                        {"game", deep + "/" + launcherName}}) {
         SCOPED_TRACE(staged);
         const Installation i(place, staged);
         writeFile(i.stage / "data/left.dat", "left");
@@ -83,10 +91,13 @@ TEST(Helper, ReplacesStartsAndTidiesUp) {
 
 TEST(Helper, StartsWhicheverLauncherThereIs) {
     using Row = std::tuple<int, const char*>;
-    for (const auto& [status, cause] :
-         {Row(0, "rm $old"), Row(13, "rm $new"), Row(13, "rm -r stage-*"), Row(13, ": >$new"),
-          Row(13, "echo MZ, or so >$new"), Row(15, "rmdir $backup; touch $backup"),
-          Row(15, "rmdir $backup; ln -s ../../outside $backup")}) {
+    for (const auto& [status, cause] : {Row(0, "rm $old"),
+                                        {13, "rm $new"},
+                                        {13, "rm -r stage-*"},
+                                        {13, ": >$new"},
+                                        {13, "echo MZ, or so >$new"},
+                                        {15, "rmdir $backup; touch $backup"},
+                                        {15, "rmdir $backup; ln -s ../../outside $backup"}}) {
         SCOPED_TRACE(cause);
         const Installation i;
         change(i.game / ".coldanchor-update",

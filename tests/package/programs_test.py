@@ -35,7 +35,6 @@ def imports(program, name):
     delayed = {m[1] for m in map(re.compile("__DELAY_IMPORT_DESCRIPTOR_lib(.*)_a$").match, symbols(name)) if m}
     assert delayed <= DELAYED, delayed
     assert ("winhttp" in delayed) == (name == "ColdAnchorLauncher"), delayed
-    print(name, "names", *sorted(named), "and loads", *sorted(delayed))
 
 
 def size(program, name):
@@ -57,7 +56,6 @@ def hardening(program, name):
     assert any("searchSystemFolderOnly" in symbol for symbol in symbols(name)), "libraries from any folder"
     assert "SDL_DYNAPI_entry" not in symbols(name), "the environment can name another SDL"
     checked = run("x86_64-w64-mingw32-nm", *glob.glob(f"{BUILD}/src/libca_*.a")).count("U __stack_chk_fail")
-    print("in the project's own libraries", checked, "sources check their stack")
     assert checked >= 20
 
 
@@ -94,7 +92,6 @@ def debugging(program, name):
     path, line = place.split(" ")[0].rsplit(":", 1)
     assert path == "/cold-anchor/" + file, path
     assert re.sub(r".*\d+", "", function) in open(f"{SOURCE}/{file}").readlines()[int(line) - 1]
-    print(name, address, place)
 
 
 def check(name, *expected, path=""):

@@ -189,9 +189,12 @@ TEST(Main, TakesItsStepsInOrder) {
                              "DestroyRenderer\nDestroyWindow\nQuit\n";
     using Row = std::tuple<const char*, int, std::string>;
     for (const auto& [name, status, expected] :
-         {Row("", 0, icon + rest), Row("Init", 1, init), Row("CreateWindow", 2, window + "Quit\n"),
-          Row("CreateRenderer", 3, renderer + "DestroyWindow\nQuit\n"),
-          Row("SetRenderVSync", 0, icon + rest), Row("Load", 0, load + rest)}) {
+         {Row("", 0, icon + rest),
+          {"Init", 1, init},
+          {"CreateWindow", 2, window + "Quit\n"},
+          {"CreateRenderer", 3, renderer + "DestroyWindow\nQuit\n"},
+          {"SetRenderVSync", 0, icon + rest},
+          {"Load", 0, load + rest}}) {
         SCOPED_TRACE(name);
         failing = name;
         EXPECT_EQ(run({"launcher"}, status), expected);
@@ -217,8 +220,9 @@ TEST(Main, KnowsOneOption) {
     failing.clear();
     using Row = std::pair<std::vector<std::string>, bool>;
     for (const auto& [words, elevated] :
-         {Row({"--elevated-update"}, false), Row({"launcher", "a", "--elevated-update"}, true),
-          Row({"launcher", "--elevated-updates", "--elevated", "", "--ELEVATED-UPDATE"}, false)}) {
+         {Row({"--elevated-update"}, false),
+          {{"launcher", "a", "--elevated-update"}, true},
+          {{"launcher", "--elevated-updates", "--elevated", "", "--ELEVATED-UPDATE"}, false}}) {
         EXPECT_EQ(run(words, 0).find(" elevated") != std::string::npos, elevated) << words.back();
     }
 }
@@ -232,10 +236,11 @@ TEST(Main, FitsTheWindowToItsDisplay) {
     };
     const SDL_Rect large{0, 0, 3840, 2160}, usual{0, 0, 1920, 1080}, small{0, 0, 1024, 600};
     failing.clear();
-    for (const Row& row : {Row{1, large, "", "Resize 2080 1280\n"}, Row{0.5F, large, "", ""},
-                           Row{1.25F, large, "Resize 1300 800\nCentre\n", "Resize 2600 1600\n"},
-                           Row{1.5F, usual, "Resize 1560 960\nCentre\n", "Resize 1706 1050\n"},
-                           Row{1.5F, small, "", ""}}) {
+    for (const Row& row : {Row{1, large, "", "Resize 2080 1280\n"},
+                           {0.5F, large, "", ""},
+                           {1.25F, large, "Resize 1300 800\nCentre\n", "Resize 2600 1600\n"},
+                           {1.5F, usual, "Resize 1560 960\nCentre\n", "Resize 1706 1050\n"},
+                           {1.5F, small, "", ""}}) {
         SCOPED_TRACE(row.scale);
         displayScale = row.scale;
         displayRoom = row.room;
@@ -275,34 +280,33 @@ TEST(FrameLoop, HandlesEveryEventAndDrawsOnceMore) {
         const char* failing = "";
         float scale = 1; // of the display
     };
-    for (const Row& row : std::initializer_list<Row>{
-             // the edges of the buttons, and beside them
-             {ready, {click(720, 515)}, playing},
-             {ready, {click(980, 577)}, playing},
-             {ready, {click(720, 452)}, repair + working + working},
-             {ready, {click(846, 494)}, repair + working + working},
-             {ready, {click(854, 452)}, check + working + working},
-             {ready, {click(980, 494)}, check + working + working},
-             {ready, {click(1960, 988)}, check + working + working, "", 2},
-             {ready,
-              {click(719, 540), click(981, 540), click(850, 514), click(850, 578), click(719, 470),
-               click(847, 470), click(853, 470), click(981, 470), click(780, 451), click(920, 495),
-               click(850, 550, SDL_BUTTON_RIGHT), press(SDL_SCANCODE_KP_ENTER)},
-              "draw 0 ready, , notes\ndraw 0 ready, , notes\n"},
-             {ready, {enter}, playing},
-             // several in one batch
-             {ready, {onPlay, onPlay, enter, onRefresh}, playing},
-             {ready, {quit, onPlay}, playing},
-             {ready, {quit, onRefresh}, check + working},
-             {ready, {onRepair, onPlay, enter, onRefresh}, repair + working + working},
-             // what the record says
-             {busy, {onPlay, enter, onRefresh, onRepair}, working + working},
-             {required, {onPlay, enter, onRefresh}, check + working + working},
-             {leaving, {}, working},
-             // a game that doesn't start
-             {ready, {onPlay}, "play\n" + missing + missing, "play"},
-             {ready, {enter}, "play\n" + missing + missing, "play"},
-             {ready, {onPlay}, missing + missing, "file"}}) {
+    for (const Row& row :
+         {// the edges of the buttons, and beside them
+          Row{ready, {click(720, 515)}, playing},
+          {ready, {click(980, 577)}, playing},
+          {ready, {click(720, 452)}, repair + working + working},
+          {ready, {click(846, 494)}, repair + working + working},
+          {ready, {click(854, 452)}, check + working + working},
+          {ready, {click(980, 494)}, check + working + working},
+          {ready, {click(1960, 988)}, check + working + working, "", 2},
+          {ready,
+           {click(719, 540), click(981, 540), click(850, 514), click(850, 578), click(719, 470),
+            click(847, 470), click(853, 470), click(981, 470), click(780, 451), click(920, 495),
+            click(850, 550, SDL_BUTTON_RIGHT), press(SDL_SCANCODE_KP_ENTER)},
+           "draw 0 ready, , notes\ndraw 0 ready, , notes\n"},
+          {ready, {enter}, playing},
+          // several in one batch
+          {ready, {onPlay, onPlay, enter, onRefresh}, playing},
+          {ready, {quit, onPlay}, playing},
+          {ready, {quit, onRefresh}, check + working},
+          {ready, {onRepair, onPlay, enter, onRefresh}, repair + working + working},
+          // what the record says
+          {busy, {onPlay, enter, onRefresh, onRepair}, working + working},
+          {required, {onPlay, enter, onRefresh}, check + working + working},
+          {leaving, {}, working},
+          // a game that doesn't start
+          {ready, {onPlay}, "play\n" + missing + missing, "play"},
+          {ready, {onPlay}, missing + missing, "file"}}) {
         SCOPED_TRACE(row.expected);
         failing = row.failing;
         displayScale = row.scale;

@@ -158,8 +158,7 @@ void Scenario::play(const std::string& key) {
 
 Contents Scenario::contents() const {
     Contents files;
-    const auto options = fs::directory_options::follow_directory_symlink;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(player, options)) {
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(player)) {
         std::string name = entry.path().lexically_relative(player).string();
         if (name == "game/.coldanchor-update/lock") {
             continue; // stays from the first installation on, and is always empty

@@ -55,7 +55,6 @@ struct Scenario {
     Paths requests() const; // what the server was asked for, in order
 
     TemporaryFolder folder;
-    TemporaryFolder otherVolume{"/dev/shm"};
     fs::path player = folder / "player";
     fs::path installation = player / "game";
     fs::path data = installation / "data";

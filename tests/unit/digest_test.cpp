@@ -7,17 +7,16 @@
 using namespace ca::update;
 using namespace ca::test;
 
-// The digests of no byte, of "abc" and of a million bytes are the standard's examples (FIPS 180).
+// The digests of no byte and of a million bytes are the standard's examples (FIPS 180).
 TEST(Sha256, OfBytesAndOfFilesOfAnySize) {
     const TemporaryFolder folder;
     using Row = std::pair<std::string, const char*>;
     for (const auto& [bytes, digest] :
          {Row("", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"),
-          Row("abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"),
-          Row(std::string(65536, 'a'),
-              "bf718b6f653bebc184e1479f1935b8da974d701b893afcf49e701f3e2f9f9c5a"),
-          Row(std::string(1000000, 'a'),
-              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0")}) {
+          {std::string(65536, 'a'),
+           "bf718b6f653bebc184e1479f1935b8da974d701b893afcf49e701f3e2f9f9c5a"},
+          {std::string(1000000, 'a'),
+           "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"}}) {
         EXPECT_EQ(sha256File(writeFile(folder / "datei ü", bytes)), digest) << bytes.size();
         Sha256Digest whole;
         EXPECT_TRUE(sha256Bytes(bytes.data(), bytes.size(), whole));

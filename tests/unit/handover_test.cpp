@@ -1,5 +1,4 @@
 #include "install/handover.h"
-#include "install/work_folders.h"
 
 #include <gtest/gtest.h>
 
@@ -21,12 +20,4 @@ TEST(Handover, ReadsWhatItWrites) {
     EXPECT_EQ(got.staged, sent.staged);
     EXPECT_EQ(got.target, sent.target);
     EXPECT_EQ(got.relaunch, sent.relaunch);
-}
-
-TEST(Handover, FindsTheStampInAStageFoldersName) {
-    EXPECT_EQ(install::stampOfStage(install::stageFolderName(L"1763900000123")), L"1763900000123");
-    for (const wchar_t* name :
-         {L"stage-", L"stage-12x", L"stage12", L"Stage-12", L"backup-12", L""}) {
-        EXPECT_EQ(install::stampOfStage(name), L"") << name;
-    }
 }

@@ -12,12 +12,13 @@ TEST(Paths, TakeTheFormWithoutALimitWhereTheyAreLong) {
     const std::wstring longest(234, L'd'), tooLong(235, L'd');
     using Row = std::pair<std::wstring, std::wstring>;
     for (const auto& [path, expected] :
-         {Row(L"C:/a/b", L"C:/a/b"), Row(L"C:/" + longest + L"/x", L"C:/" + longest + L"/x"),
-          Row(L"C:/" + tooLong + L"/x", L"\\\\?\\C:\\" + tooLong + L"\\x"),
-          Row(L"\\\\?\\C:\\" + tooLong, L"\\\\?\\C:\\" + tooLong),
-          Row(L"\\\\?\\C:\\games\\data/maps/x", L"\\\\?\\C:\\games\\data\\maps\\x"),
-          Row(L"//server/share/" + tooLong, L"//server/share/" + tooLong),
-          Row(L"/games/" + tooLong, L"/games/" + tooLong)}) {
+         {Row(L"C:/a/b", L"C:/a/b"),
+          {L"C:/" + longest + L"/x", L"C:/" + longest + L"/x"},
+          {L"C:/" + tooLong + L"/x", L"\\\\?\\C:\\" + tooLong + L"\\x"},
+          {L"\\\\?\\C:\\" + tooLong, L"\\\\?\\C:\\" + tooLong},
+          {L"\\\\?\\C:\\games\\data/maps/x", L"\\\\?\\C:\\games\\data\\maps\\x"},
+          {L"//server/share/" + tooLong, L"//server/share/" + tooLong},
+          {L"/games/" + tooLong, L"/games/" + tooLong}}) {
         EXPECT_EQ(SystemPath(path).text(), expected);
     }
 }
@@ -35,11 +36,14 @@ TEST(Paths, TellWhatStandsThere) {
     fs::create_directory_symlink("folder", folder / deep / "folder link", failed);
     fs::create_symlink("nothing", folder / deep / "broken link", failed);
     using Row = std::tuple<const char*, bool, bool>;
-    for (const auto& [name, exists, file] :
-         {Row("file", true, true), Row("folder", true, false), Row("none", false, false),
-          Row("none/below", false, false), Row("file/below", false, false),
-          Row("link", !failed, !failed), Row("folder link", !failed, false),
-          Row("broken link", false, false)}) {
+    for (const auto& [name, exists, file] : {Row("file", true, true),
+                                             {"folder", true, false},
+                                             {"none", false, false},
+                                             {"none/below", false, false},
+                                             {"file/below", false, false},
+                                             {"link", !failed, !failed},
+                                             {"folder link", !failed, false},
+                                             {"broken link", false, false}}) {
         EXPECT_EQ(pathExists(folder / deep / name), exists) << name;
         EXPECT_EQ(isFile(folder / deep / name), file) << name;
     }

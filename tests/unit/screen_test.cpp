@@ -38,24 +38,24 @@ TEST_F(Screen, NamesWhatIsThereAndWhatAClickDoes) {
         float x, y, scale;
         std::string text;
     };
-    for (const Row& row : std::initializer_list<Row>{
-             {{}, 720, 118, 1.02f, "STARTING..."},
-             {{.detailText = "why"}, 720, 154, 0.72f, "why"},
-             {{}, 820, 245, 0.82f, "1.4.1"},
-             {{}, 820, 270, 0.82f, "CHECKING"},
-             {{.latestVersion = "1.4.2"}, 820, 270, 0.82f, "1.4.2"},
-             {{}, 720, 342, 0.72f, "SIGNED UPDATE CHANNEL // STABLE"},
-             {{.updateAvailable = true}, 720, 342, 0.72f, "UPDATE AVAILABLE"},
-             {{.progressTotal = 9}, 720, 342, 0.82f, "UPDATE 0%"},
-             {{.progressDone = 999, .progressTotal = 1000}, 720, 342, 0.82f, "UPDATE 99%"},
-             {{.progressDone = 3, .progressTotal = 2}, 720, 342, 0.82f, "UPDATE 100%"},
-             {{.progressDone = huge, .progressTotal = 4 * huge}, 720, 342, 0.82f, "UPDATE 25%"},
-             {{}, 870, 466, 0.95f, "REFRESH"},
-             {{.busy = true}, 870, 466, 0.95f, "WAIT"},
-             {{}, 818, 533, 1.65f, "PLAY"},
-             {{.busy = true}, 790, 535, 1.25f, "PLEASE WAIT"},
-             {{.updateRequired = true}, 750, 535, 1.25f, "UPDATE REQUIRED"},
-             {{.updateRequired = true, .busy = true}, 750, 535, 1.25f, "UPDATE REQUIRED"}}) {
+    for (const Row& row :
+         {Row{{}, 720, 118, 1.02f, "STARTING..."},
+          {{.detailText = "why"}, 720, 154, 0.72f, "why"},
+          {{}, 820, 245, 0.82f, "1.4.1"},
+          {{}, 820, 270, 0.82f, "CHECKING"},
+          {{.latestVersion = "1.4.2"}, 820, 270, 0.82f, "1.4.2"},
+          {{}, 720, 342, 0.72f, "SIGNED UPDATE CHANNEL // STABLE"},
+          {{.updateAvailable = true}, 720, 342, 0.72f, "UPDATE AVAILABLE"},
+          {{.progressTotal = 9}, 720, 342, 0.82f, "UPDATE 0%"},
+          {{.progressDone = 999, .progressTotal = 1000}, 720, 342, 0.82f, "UPDATE 99%"},
+          {{.progressDone = 3, .progressTotal = 2}, 720, 342, 0.82f, "UPDATE 100%"},
+          {{.progressDone = huge, .progressTotal = 4 * huge}, 720, 342, 0.82f, "UPDATE 25%"},
+          {{}, 870, 466, 0.95f, "REFRESH"},
+          {{.busy = true}, 870, 466, 0.95f, "WAIT"},
+          {{}, 818, 533, 1.65f, "PLAY"},
+          {{.busy = true}, 790, 535, 1.25f, "PLEASE WAIT"},
+          {{.updateRequired = true}, 750, 535, 1.25f, "UPDATE REQUIRED"},
+          {{.updateRequired = true, .busy = true}, 750, 535, 1.25f, "UPDATE REQUIRED"}}) {
         SCOPED_TRACE(row.text);
         const Canvas blank;
         blank.write(row.x, row.y, row.text, row.scale, 0xFFFFFF);
@@ -81,7 +81,7 @@ TEST_F(Screen, ColoursTheHeadlineByState) {
 
 TEST_F(Screen, FillsTheBarByWhatIsDone) {
     using Row = std::pair<std::uint64_t, int>;
-    for (const auto& [done, width] : {Row(500, 130), Row(1000, 260), Row(2000, 260)}) {
+    for (const auto& [done, width] : {Row(500, 130), {1000, 260}, {2000, 260}}) {
         const Picture drawn = draw({.progressDone = done, .progressTotal = 1000});
         EXPECT_EQ(std::count(drawn.begin(), drawn.end(), 0xC0352BU), width * 10) << done;
     }

@@ -17,8 +17,10 @@ using namespace std::string_literals;
 
 TEST(TextFile, IsTrimmedOfAsciiWhitespaceAlone) {
     using Row = std::pair<const char*, const char*>;
-    for (const auto& [text, trimmed] : {Row(" \t\n\v\f\r1.2 3\r\n", "1.2 3"), Row(" \r\n", ""),
-                                        Row("", ""), Row("\ufeff1\u00a0", "\ufeff1\u00a0")}) {
+    for (const auto& [text, trimmed] : {Row(" \t\n\v\f\r1.2 3\r\n", "1.2 3"),
+                                        {" \r\n", ""},
+                                        {"", ""},
+                                        {"\ufeff1\u00a0", "\ufeff1\u00a0"}}) {
         EXPECT_EQ(trimText(text), trimmed);
     }
 }
@@ -61,12 +63,17 @@ TEST(VersionMarker, HasABuiltInValueAndIsReplacedWhileItIsRead) {
 
 TEST(Url, IsJoinedWithOneSlash) {
     using Row = std::tuple<const char*, const char*, const char*>;
-    for (const auto& [base, relative, joined] :
-         {Row("http://h", "a", "http://h/a"), Row("http://h/", "a", "http://h/a"),
-          Row("http://h", "/a", "http://h/a"), Row("http://h/", "/a", "http://h/a"),
-          Row("http://h//", "//a", "http://h///a"), Row("http://h", "https://x/y", "https://x/y"),
-          Row("http://h", "http://x", "http://x"), Row("http://h", "HTTP://x", "http://h/HTTP://x"),
-          Row("", "a", "a"), Row("http://h", "", "http://h"), Row("", "", "")}) {
+    for (const auto& [base, relative, joined] : {Row("http://h", "a", "http://h/a"),
+                                                 {"http://h/", "a", "http://h/a"},
+                                                 {"http://h", "/a", "http://h/a"},
+                                                 {"http://h/", "/a", "http://h/a"},
+                                                 {"http://h//", "//a", "http://h///a"},
+                                                 {"http://h", "https://x/y", "https://x/y"},
+                                                 {"http://h", "http://x", "http://x"},
+                                                 {"http://h", "HTTP://x", "http://h/HTTP://x"},
+                                                 {"", "a", "a"},
+                                                 {"http://h", "", "http://h"},
+                                                 {"", "", ""}}) {
         EXPECT_EQ(ca::net::joinUrl(base, relative), joined);
     }
 }
