@@ -20,24 +20,41 @@ constexpr ca::system::RetryTimes times{.limit = 30 * 1000, .firstPause = 50, .lo
 constexpr ca::system::RetryTimes scannerTimes{
     .limit = 5 * 1000, .firstPause = 50, .longestPause = 500};
 
+// Puts the old launcher back. Its bytes are in the backup folder twice, under its own name too; a
+// copy gets the launcher's name once it is whole.
+void putBack(const Arguments& arguments, const std::wstring& aside) {
+    const ca::system::Patience patience(times);
+    if (moveOver(aside, arguments.target, patience)) {
+        return;
+    }
+    const std::wstring copy = arguments.target + L".new";
+    if (ca::system::copyFile(arguments.backup + arguments.name, copy) &&
+        flushToDisk(copy, patience)) {
+        moveOver(copy, arguments.target, patience); // else nothing starts, and the status says so
+    }
+}
+
 // Where another launcher's window keeps the program busy, it can't be replaced. A running program
 // can be renamed, though: the old one moves aside, and back if the new one doesn't get its place.
+// The new one is renamed first, so that the place isn't left for a file that somebody holds.
 bool moveInBeside(const Arguments& arguments, const ca::system::Patience& patience) {
+    const std::wstring ready = arguments.staged + L".ready";
     const std::wstring aside = arguments.backup + arguments.name + L".running";
-    if (!ca::system::moveFile(arguments.target, aside)) {
+    if (!moveOver(arguments.staged, ready, patience) ||
+        !patience.retry([&] { return ca::system::moveFile(arguments.target, aside); })) {
         return false;
     }
-    if (moveOver(arguments.staged, arguments.target, patience)) {
+    if (moveOver(ready, arguments.target, ca::system::Patience(scannerTimes))) {
         return true;
     }
-    // The same bytes are in the backup folder under the launcher's own name, too.
-    if (!moveOver(aside, arguments.target, patience)) {
-        ca::system::copyFile(arguments.backup + arguments.name, arguments.target);
-    }
+    putBack(arguments, aside);
     return false;
 }
 
 bool moveIn(const Arguments& arguments, const ca::system::Patience& patience) {
+    if (ca::system::isMissing(arguments.target)) {
+        return moveOver(arguments.staged, arguments.target, patience);
+    }
     if (moveOver(arguments.staged, arguments.target, ca::system::Patience(scannerTimes))) {
         return true;
     }
@@ -55,17 +72,19 @@ ExitStatus replaceLauncher(const Arguments& arguments, const ca::system::Patienc
     if (!flushToDisk(arguments.staged, patience) || !moveIn(arguments, patience)) {
         return exitNotReplaced;
     }
-    if (start(arguments.target, patience)) {
+    // The patience may be used up, and what scans a new program does so now.
+    const ca::system::Patience scanner(scannerTimes);
+    if (start(arguments.target, scanner)) {
         return exitReplaced;
     }
-    return moveOver(old, arguments.target, patience) ? exitNewDoesNotStart : exitNothingStarts;
+    return moveOver(old, arguments.target, scanner) ? exitNewDoesNotStart : exitNothingStarts;
 }
 
-// Whatever went wrong, the target is a whole launcher: the player gets it back.
-bool startAgain(const Arguments& arguments, const ca::system::Patience& patience) {
+// Whatever went wrong, a target that is there is a whole launcher: the player gets it back.
+bool startAgain(const Arguments& arguments) {
     ::SetEnvironmentVariableW(ca::install::handoverFailedVariable,
                               ca::install::handoverFailedValue);
-    return start(arguments.target, patience);
+    return start(arguments.target, ca::system::Patience(scannerTimes));
 }
 
 // A refused stage folder, such as one behind a link, is no reason to leave the player without a
@@ -75,7 +94,7 @@ ExitStatus refuse(const Arguments& arguments, ExitStatus status) {
     const std::wstring folder = arguments.target.substr(0, arguments.target.find_last_of(L"/\\"));
     const bool isBeside = own.starts_with(folder) && own.find_last_of(L"/\\") == folder.size();
     if (status == exitBadStage && isBeside && waitForEnd(arguments.processId, longestWait)) {
-        startAgain(arguments, ca::system::Patience(times)); // the status says what was wrong before
+        startAgain(arguments); // the status says what was wrong before
     }
     return status;
 }
@@ -99,11 +118,12 @@ int main() {
     const ca::system::Patience patience(times);
     ExitStatus status = isProgram(arguments.staged, patience) ? replaceLauncher(arguments, patience)
                                                               : exitNotAProgram;
-    if (status != exitReplaced && !startAgain(arguments, patience)) {
+    if (status != exitReplaced && !startAgain(arguments)) {
         status = exitNothingStarts;
     }
-    // Also after a failure: nothing of it is ever used again.
-    if (!ca::system::isLink(arguments.work)) {
+    // Also after a failure: nothing of it is ever used again. Where there is no launcher at all,
+    // the new one is the only one.
+    if (!ca::system::isLink(arguments.work) && !ca::system::isMissing(arguments.target)) {
         ca::system::removeFolder(arguments.stage);
     }
     return status;

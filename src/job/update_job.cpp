@@ -177,6 +177,11 @@ bool findWork(const UpdateJob& job, const update::Updater& updater, UpdatePlan& 
     if (comparison.updateAvailable()) {
         return true;
     }
+    // What another launcher is just moving may look intact and be moved back again.
+    if (comparison.order == 0 && !updater.isCurrent(plan)) {
+        finishApplyFailed(shared, "update_workdir_failed");
+        return false;
+    }
     // From here on `updateAvailable` is false: showComparison has said so.
     const std::string& installed = comparison.installed;
     if (comparison.order > 0) {

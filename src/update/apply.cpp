@@ -5,6 +5,7 @@
 #include "system/file_kind.h"
 #include "system/files.h"
 #include "system/folders.h"
+#include "system/retry.h"
 #include "update/channel.h"
 #include "update/digest.h"
 #include "update/manifest_path.h"
@@ -20,6 +21,8 @@ namespace ca::update {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr system::RetryTimes flushTimes{.limit = 2000, .firstPause = 10, .longestPause = 200};
 
 // One file of the plan, its path as this system has it.
 struct PlannedFile {
@@ -49,7 +52,7 @@ bool isDowngrade(const fs::path& installDir, const UpdatePlan& plan) {
 }
 
 // Whether the plan still tells what the installation needs: nobody has begun an update since.
-bool isCurrent(const UpdatePlan& plan, const fs::path& installDir) {
+bool isUntouched(const UpdatePlan& plan, const fs::path& installDir) {
     return !plan.lastAttempt || *plan.lastAttempt == newestAttempt(installDir);
 }
 
@@ -94,7 +97,8 @@ bool fetch(const Attempt& attempt, const std::string& serverUrl, const ProgressC
             return fail(error, "download_hash_mismatch:", file->path);
         }
         // A power cut after the move must not leave the name without the bytes.
-        if (!system::flushFile(staged)) {
+        // A scanner may have the new file open.
+        if (!system::withRetries(flushTimes, [&] { return system::flushFile(staged); })) {
             return fail(error, "download_write_failed");
         }
         completedBytes += std::max(file->size, currentBytes);
@@ -198,7 +202,8 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
     }
     // Held until everything is in its place or undone.
     const WorkLock lock(installDir);
-    if (!lock || !isCurrent(plan, installDir) || !lock.makeFolders(attempt.stage, attempt.backup)) {
+    if (!lock || !isUntouched(plan, installDir) ||
+        !lock.makeFolders(attempt.stage, attempt.backup)) {
         return fail(error, "update_workdir_failed");
     }
     if (!fetchOrTidy(attempt, serverUrl, progress, error)) {
@@ -227,8 +232,12 @@ bool Updater::apply(const UpdatePlan& plan, const ProgressCallback& progress, st
 
 bool Updater::confirmVersion(const UpdatePlan& plan) const {
     const WorkLock lock(installDir);
-    return lock && isCurrent(plan, installDir) &&
+    return lock && isUntouched(plan, installDir) && !isDowngrade(installDir, plan) &&
            install::writeInstalledVersion(installDir, plan.manifest.version);
+}
+
+bool Updater::isCurrent(const UpdatePlan& plan) const {
+    return !plan.lastAttempt || *plan.lastAttempt == findLastAttempt(installDir);
 }
 
 } // namespace ca::update

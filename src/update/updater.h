@@ -70,6 +70,10 @@ public:
     // work or has been since the check, and when the marker can't be written.
     bool confirmVersion(const UpdatePlan& plan) const;
 
+    // Whether the plan still tells how the installation is: no other launcher is at work, and none
+    // has begun to install since the check. Waits up to half a second.
+    bool isCurrent(const UpdatePlan& plan) const;
+
     std::filesystem::path installDir;
     std::string serverUrl; // UTF-8; empty until the caller sets it
 };

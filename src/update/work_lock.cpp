@@ -46,17 +46,22 @@ LastAttempt nextStamp(const fs::path& work) {
     return std::max(time, newestBackup(work) + 1);
 }
 
-system::FileHandle openLock(const fs::path& work) {
-    system::makeFolders(work); // a failure shows when the file is opened
+// Another check may have it open for a moment, and so may a scanner.
+system::FileHandle openPatiently(const fs::path& lock) {
     const system::Patience patience(lockTimes);
-    system::FileHandle file = system::FileHandle::openAlone(work / lockName);
+    system::FileHandle file = system::FileHandle::openAlone(lock);
     patience.retry([&] {
         if (!file) {
-            file = system::FileHandle::openAlone(work / lockName);
+            file = system::FileHandle::openAlone(lock);
         }
         return static_cast<bool>(file);
     });
     return file;
+}
+
+system::FileHandle openLock(const fs::path& work) {
+    system::makeFolders(work); // a failure shows when the file is opened
+    return openPatiently(work / lockName);
 }
 
 } // namespace
@@ -65,7 +70,7 @@ LastAttempt findLastAttempt(const fs::path& installDir) {
     const fs::path work = workFolder(installDir);
     const fs::path lock = work / lockName;
     // Opened for the time of this question alone, so that checks don't keep each other out.
-    if (system::pathExists(lock) && !system::FileHandle::openAlone(lock)) {
+    if (system::pathExists(lock) && !openPatiently(lock)) {
         return neverCertain;
     }
     return newestBackup(work);

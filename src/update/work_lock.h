@@ -14,7 +14,8 @@ namespace ca::update {
 // sees is certain, so the value then equals no other.
 using LastAttempt = std::uint64_t;
 
-// Asks the disk; any thread.
+// Takes the lock for a moment, if it has ever been taken, and waits up to half a second for it.
+// Any thread.
 LastAttempt findLastAttempt(const std::filesystem::path& installDir);
 
 // The same for the process that holds the lock.

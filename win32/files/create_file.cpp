@@ -93,7 +93,8 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
         return INVALID_HANDLE_VALUE;
     }
     // The kernel lets go of it with the last descriptor, so also when the process is gone.
-    if (share == 0 && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+    // A file system without such locks shares everything.
+    if (share == 0 && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
         fail(ERROR_SHARING_VIOLATION);
         return INVALID_HANDLE_VALUE;
     }

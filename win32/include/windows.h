@@ -138,8 +138,8 @@ DWORD GetCurrentProcessId();
 // leaves the last error alone. Must not run while another thread changes the environment.
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 
-// All variables as "NAME=value", a zero behind each and one more at the end. What isn't UTF-8 is
-// left out. Freed by the second call; null without memory. Must not run while another thread
+// All variables as "NAME=value", a zero behind each and one more at the end. A value
+// that isn't UTF-8 is empty. Freed by the second call; null without memory. Must not run while another thread
 // changes the environment.
 LPWSTR GetEnvironmentStringsW();
 BOOL FreeEnvironmentStringsW(LPWSTR block);
@@ -205,8 +205,8 @@ inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 8;
 // the new one. Without MOVEFILE_REPLACE_EXISTING an existing target refuses with
 // ERROR_ALREADY_EXISTS; with it a file takes the place of a file, and a folder on either side
 // refuses with ERROR_ACCESS_DENIED. MOVEFILE_WRITE_THROUGH returns after both folders have reached
-// the disk, as far as this process may open them; a disk that fails at that is reported, though the
-// new name stands. Another file system is ERROR_NOT_SAME_DEVICE: MOVEFILE_COPY_ALLOWED and all
+// the disk, as far as this process may open them and the disk does so: the new name stands in any
+// case. Another file system is ERROR_NOT_SAME_DEVICE: MOVEFILE_COPY_ALLOWED and all
 // other flags are refused with ERROR_INVALID_PARAMETER.
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
 

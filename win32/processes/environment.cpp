@@ -36,7 +36,11 @@ DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size) {
 LPWSTR GetEnvironmentStringsW() {
     std::wstring block;
     for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::optional<std::wstring> wide = toWide(*entry);
+        // A value that isn't UTF-8 is left out, but not the variable: its name counts.
+        const std::string_view text = *entry;
+        const std::optional<std::wstring> whole = toWide(text);
+        const std::optional<std::wstring> wide =
+            whole ? whole : toWide(text.substr(0, text.find('=') + 1));
         if (wide && !wide->empty()) {
             block += *wide + L'\0';
         }
