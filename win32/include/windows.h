@@ -139,8 +139,8 @@ DWORD GetCurrentProcessId();
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR buffer, DWORD size);
 
 // All variables as "NAME=value", a zero behind each and one more at the end. A value
-// that isn't UTF-8 is empty. Freed by the second call; null without memory. Must not run while another thread
-// changes the environment.
+// that isn't UTF-8 is empty. Freed by the second call; null without memory. Must not run while
+// another thread changes the environment.
 LPWSTR GetEnvironmentStringsW();
 BOOL FreeEnvironmentStringsW(LPWSTR block);
 
