@@ -4,12 +4,14 @@
 
 namespace ca::helper {
 
+// Where the launcher's place was empty before, none is started again.
 enum ExitStatus : int {
     exitReplaced = 0,        // the new launcher is in place and has been started
     exitBadCommandLine = 10, // not the documented one; nothing was touched
     // not the launcher's name, or another program is to be started; nothing was touched
     exitBadTarget = 11,
-    // the new file doesn't lie in a stage folder of the target's installation; nothing was touched
+    // the new file isn't in a stage folder of the target's installation, or there is a link on the
+    // way; nothing was touched, and a launcher beside this helper was started again
     exitBadStage = 12,
     // the new file is missing, empty or no program; the old launcher was started again
     exitNotAProgram = 13,

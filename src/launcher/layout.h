@@ -1,4 +1,5 @@
-// The window and the three areas that take a click. Window pixels, origin at the top left.
+// The window and the three areas that take a click. Coordinates of the drawing,
+// whatever the window's size is; origin at the top left.
 #pragma once
 
 #include <SDL3/SDL.h>

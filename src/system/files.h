@@ -1,6 +1,7 @@
 // Files: opened, asked about, moved, removed. Paths may have any length. Each call blocks on the
 // disk; any thread. Where one that changes something returns false, the calling thread's last
-// error says why, so that withRetries can judge it, and nothing has changed.
+// error says why, so that withRetries can judge it, and nothing has changed, unless it says
+// otherwise.
 #pragma once
 
 #include "system/system_path.h"

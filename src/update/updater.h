@@ -52,13 +52,13 @@ public:
 
     // Installs `plan`. First every file is downloaded into a stage folder and its digest checked,
     // with the installation untouched; then each is moved into place, the old one into a backup
-    // folder; last comes the version marker. Any failure undoes what was done. A plan without files
-    // does nothing and succeeds.
-    // A new launcher stays in the stage folder, since a running program can't be replaced by
-    // itself: `stagedLauncher`, if not null, then names it, and is empty otherwise. `progress` may
-    // be empty and is called during the downloads alone. False: `error` holds a token of
-    // downloadToFile, "update_downgrade_blocked:" and the plan's version, "update_workdir_failed"
-    // (also while another launcher installs, and when one has begun to since the check),
+    // folder; last comes the version marker. Any failure undoes what was done, as far as two
+    // seconds of trying go. A plan without files does nothing and succeeds. A new launcher stays in
+    // the stage folder, since a running program can't be replaced by itself: `stagedLauncher`, if
+    // not null, then names it, and is empty otherwise. `progress` may be empty and is called during
+    // the downloads alone. False: `error` holds a token of downloadToFile,
+    // "update_downgrade_blocked:" and the plan's version, "update_workdir_failed" (also while
+    // another launcher installs, and when one has begun to since the check),
     // "version_marker_write_failed", or one of these and the manifest's path:
     // "update_duplicate_path:", "download_hash_mismatch:", "update_destination_failed:",
     // "update_backup_failed:", "update_install_failed:".
